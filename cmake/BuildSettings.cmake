@@ -1,0 +1,25 @@
+# Settings that every target shares: the language, the warnings, the sanitizers.
+set(CMAKE_CXX_STANDARD 17)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_AUTOMOC ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+# Includes are written from the top of the tree: #include "player/CPlayer.h".
+include_directories(${PROJECT_SOURCE_DIR})
+
+add_compile_options(-Wall -Wextra -Wpedantic)
+if(QP_WERROR)
+  add_compile_options(-Werror)
+endif()
+
+if(QP_SANITIZE)
+  add_compile_options(-fsanitize=${QP_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+  add_link_options(-fsanitize=${QP_SANITIZE})
+endif()
+
+if(QP_COVERAGE)
+  add_compile_options(--coverage)
+  add_link_options(--coverage)
+endif()

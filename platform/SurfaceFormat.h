@@ -1,0 +1,9 @@
+// How a platform wants OpenGL surfaces to be.
+#pragma once
+
+#include <QSurfaceFormat>
+
+// Returns `format` as this platform needs it; GUI thread, after the application object exists and
+// before the first OpenGL widget. Host: OpenGL ES, and no multisampling where the renderer is a
+// software one (it costs more than half of the frame time there). Device: unchanged.
+QSurfaceFormat adaptPlatformSurfaceFormat(const QSurfaceFormat& format);

@@ -1,0 +1,59 @@
+# qp_add_test(NAME LIBS lib... [DISPLAY] [DEVICE] [CLIPS])
+# One QtTest program from NAME.cpp, linked to the folders' libraries.
+#   DISPLAY  it opens windows: never beside another one on the same display (focus is global)
+#   DEVICE   it writes the device's files below DEVICE_ROOT; left out of builds without a root
+#   CLIPS    it plays clips; their folder is the macro CLIP_DIR
+set(QP_REPORTS
+    "QObject::connect:|QObject::disconnect:|-CRITICAL \\*\\*|-WARNING \\*\\*|AddressSanitizer|LeakSanitizer|ThreadSanitizer:|runtime error:")
+
+function(qp_test_properties name)
+  cmake_parse_arguments(ARG "DISPLAY;DEVICE" "" "" ${ARGN})
+  set_tests_properties(${name} PROPERTIES
+    FAIL_REGULAR_EXPRESSION "${QP_REPORTS}"
+    ENVIRONMENT "${QP_TEST_ENVIRONMENT}")
+  if(ARG_DISPLAY)
+    set_property(TEST ${name} APPEND PROPERTY RESOURCE_LOCK display)
+    set_property(TEST ${name} APPEND PROPERTY LABELS display)
+  endif()
+  if(ARG_DEVICE)
+    set_property(TEST ${name} APPEND PROPERTY RESOURCE_LOCK device)
+  endif()
+endfunction()
+
+function(qp_add_test name)
+  cmake_parse_arguments(ARG "DISPLAY;DEVICE;CLIPS" "" "LIBS" ${ARGN})
+  if(ARG_DEVICE AND NOT DEVICE_ROOT)
+    message(STATUS "${name} is left out: it needs a DEVICE_ROOT to write to")
+    return()
+  endif()
+  add_executable(${name} ${name}.cpp)
+  target_link_libraries(${name} PRIVATE ${ARG_LIBS} Qt5::Test)
+  if(ARG_CLIPS)
+    add_dependencies(${name} clips)
+    target_compile_definitions(${name} PRIVATE CLIP_DIR="${QP_CLIP_DIR}")
+  endif()
+  add_test(NAME ${name} COMMAND ${name})
+  set(flags)
+  if(ARG_DISPLAY)
+    list(APPEND flags DISPLAY)
+  endif()
+  if(ARG_DEVICE)
+    list(APPEND flags DEVICE)
+  endif()
+  qp_test_properties(${name} ${flags})
+  if(ARG_CLIPS)
+    set_property(TEST ${name} APPEND PROPERTY LABELS clips)
+  endif()
+endfunction()
+
+set(QP_TEST_ENVIRONMENT
+    "UBSAN_OPTIONS=print_stacktrace=1"
+    "ASAN_OPTIONS=detect_leaks=1"
+    "LSAN_OPTIONS=suppressions=${CMAKE_CURRENT_SOURCE_DIR}/lsan.supp:print_suppressions=0"
+    "TSAN_OPTIONS=suppressions=${CMAKE_CURRENT_SOURCE_DIR}/tsan.supp:history_size=7"
+    "XDG_RUNTIME_DIR=${CMAKE_BINARY_DIR}/run"
+    "GST_REGISTRY=${CMAKE_BINARY_DIR}/run/gst-registry.bin"
+    "QT_STYLE_OVERRIDE="
+    "LC_ALL=C.UTF-8")
+file(MAKE_DIRECTORY ${CMAKE_BINARY_DIR}/run)
+file(CHMOD ${CMAKE_BINARY_DIR}/run PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE)
