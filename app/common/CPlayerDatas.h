@@ -1,0 +1,34 @@
+// The process-wide play list: file paths in play order and a cursor. The list page fills it, the
+// player page walks it and empties it, the page manager creates and releases it. GUI thread only.
+#pragma once
+
+#include <QObject>
+#include <QString>
+#include <QVector>
+
+class CPlayerDatas : public QObject
+{
+    Q_OBJECT
+
+public:
+    static CPlayerDatas* getInstance(); // creates the instance when there is none
+    static void releaseInstance();
+
+    void clearFiles();
+    void addFile(const QString& path); // an empty path is ignored
+
+    bool isEmpty() const;
+    bool isEnd() const; // the cursor stands behind the last file
+    bool next();        // false, and no move, when the list is empty or at its end
+
+    QString currentFile() const; // empty when the cursor is not on a file
+
+private:
+    CPlayerDatas();
+    ~CPlayerDatas() override = default;
+
+    int m_nIndex = -1; // -1 before the first file, the count behind the last
+    QVector<QString> m_vecFiles;
+
+    static CPlayerDatas* s_var;
+};

@@ -1,0 +1,22 @@
+// Process-wide display settings. Written by start-up on the GUI thread before the first page
+// exists, read by the pages on the GUI thread afterwards; all zero until then.
+#pragma once
+
+class CPageMain;
+
+extern int gScreenW; // px
+extern int gScreenH; // px
+
+extern bool g_bTwoKeyMode; // the device has only two keys
+
+// Insets of the player page, px.
+extern int g_nMarginLeft;
+extern int g_nMarginTop;
+extern int g_nMarginRight;
+extern int g_nMarginBottom;
+extern int g_nPaddingLeft;
+extern int g_nPaddingTop;
+extern int g_nPaddingRight;
+extern int g_nPaddingBottom;
+
+extern CPageMain* g_pPageMain; // the one page manager, owned by main()
