@@ -1,0 +1,109 @@
+// The playback engine: one playbin whose decoded frames are handed on at their presentation time.
+//
+// Thread                   Started by        Runs here
+// GUI thread               the program       construction, initPipeline(), transport, queries,
+//                                            flushSamples(), destruction
+// worker (m_pThread)       the constructor   slotProcessSample() and what it calls: it reads the
+//                                            store, the clock base and m_bQuit, and blocks in the
+//                                            hand-off until the frame has been drawn
+// GStreamer's streaming    the pipeline      on_new_sample_from_sink(), storeSample(), and
+// threads                                    bus_callback(), which touches no member
+//
+// Locks: m_pMutex guards m_mapSamples and nothing else. It is held inside the four store
+// operations only: never across a sleep, the hand-off or another lock.
+//
+// Stopping, in this order: m_bQuit is set and the worker interrupted; the pipeline goes to NULL,
+// which ends the streaming threads; the worker is joined; the store is released. A hand-off that
+// waits for a repaint must watch QThread::isInterruptionRequested(), or the join never ends: the
+// GUI thread, which would repaint, is the one that waits.
+//
+// Times: GStreamer's in ns, the engine's own in us.
+#pragma once
+
+#include "player/VideoDataCallback.h"
+
+#include <QMap>
+#include <QObject>
+
+#include <atomic>
+
+#include <gst/gst.h>
+
+class QMutex;
+class QThread;
+
+class CPlayer : public QObject
+{
+    Q_OBJECT
+
+public:
+    CPlayer(VideoDataCallback pfnVideoData, void* pVideoUserData);
+    ~CPlayer() override;
+
+    void initPipeline(); // builds the pipeline; later calls do nothing
+    void releasePipeline();
+
+    // Starts a file by its absolute path; call stop() first, or a file that plays is paused.
+    // A file that cannot be played is reported by sgPlayError(), possibly inside this call.
+    void playFile(const char* path);
+    void playPause(); // start, pause or resume
+    void stop();
+    void seekForward();  // 34 s, but never past one second before the end
+    void seekBackward(); // 34 s, but never before the start
+
+    qint64 queryDuration() const; // ns, -1: unknown
+    qint64 queryPosition() const; // ns, -1: unknown; runs ahead of the picture by the frames stored
+
+    bool isPlaying() const { return m_bPlaying; } // a file is loaded, playing or paused
+
+signals:
+    void sgPlayError();    // streaming thread, or GUI thread inside a state change
+    void sgPlayFinished(); // streaming thread
+    void sgUpdateData();   // worker thread, once per sample taken out of the store
+    void sgSendPlayingState(bool bPlaying, bool bPause); // GUI thread
+    void sgRestartPlay();                                // GUI thread
+
+public slots:
+    void slotProcessSample(); // worker thread, for the engine's whole life
+
+private:
+    static GstBusSyncReply bus_callback(GstBus* bus, GstMessage* message, void* user);
+    static GstFlowReturn on_new_sample_from_sink(GstElement* sink, void* user);
+
+    void startFromIdle();
+    void resume();
+    void pause();
+    void seekTo(qint64 target); // ns; the store has been flushed
+
+    void storeSample(GstSample* sample); // takes over the reference; releases it if not accepting
+    qint64 firstSampleTime();            // us, -1: the store is empty
+    GstSample* takeSample(const qint64& key);
+    void flushSamples();
+
+    void processNextSample();
+    void presentSample(GstSample* sample);
+    void handOn(GstBuffer* buffer, int width, int height);
+
+    // Set once, before the worker starts.
+    const VideoDataCallback m_pfnVideoData;
+    void* const m_pVideoUserData;
+
+    // GUI thread only.
+    GstElement* m_pPipeline = nullptr;
+    GstElement* m_pAppSink = nullptr; // owned by the pipeline
+    GstBus* m_pBus = nullptr;
+
+    std::atomic<qint64> m_nBaseTimeUs{0}; // when stream time 0 is due; GUI writes, worker reads
+
+    QMap<qint64, GstSample*> m_mapSamples; // by presentation time in us; one reference each
+    QMutex* m_pMutex;
+
+    // GUI thread only.
+    bool m_bInited = false;
+    bool m_bPlaying = false;
+    bool m_bPause = false;
+
+    QThread* m_pThread;
+    std::atomic<bool> m_bQuit{false};          // GUI writes, worker reads
+    std::atomic<bool> m_bAcceptSamples{false}; // GUI writes, streaming thread reads
+};

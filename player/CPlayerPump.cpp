@@ -1,0 +1,135 @@
+// CPlayer's frame pump: from the appsink through the sample store to the hand-off.
+#include "player/CPlayer.h"
+
+#include "player/EngineClock.h"
+#include "player/phymem.h"
+
+#include <QDebug>
+#include <QMutexLocker>
+#include <QThread>
+
+#include <gst/app/gstappsink.h>
+
+namespace {
+
+constexpr unsigned long kIdleNapMs = 10;
+
+// A gap in the stream is slept through in pieces, so that quitting or seeking back does not wait
+// for its end. Frames of any usual rate are due within one piece.
+constexpr qint64 kLongestSleepUs = 100000;
+
+constexpr int kFormatIsNv12 = 1;
+
+qint64 presentationTimeUs(GstSample* sample)
+{
+    return nanosecondsToUs(static_cast<qint64>(GST_BUFFER_PTS(gst_sample_get_buffer(sample))));
+}
+
+bool readSize(GstSample* sample, int* width, int* height)
+{
+    GstCaps* caps = gst_sample_get_caps(sample);
+    if (!caps || gst_caps_is_empty(caps))
+        return false;
+    const GstStructure* structure = gst_caps_get_structure(caps, 0);
+    return gst_structure_get_int(structure, "width", width) &&
+           gst_structure_get_int(structure, "height", height);
+}
+
+} // namespace
+
+GstFlowReturn CPlayer::on_new_sample_from_sink(GstElement* sink, void* user)
+{
+    auto* player = static_cast<CPlayer*>(user);
+    GstSample* sample = gst_app_sink_pull_sample(GST_APP_SINK(sink));
+    if (sample)
+        player->storeSample(sample);
+    return GST_FLOW_OK;
+}
+
+void CPlayer::storeSample(GstSample* sample)
+{
+    const qint64 key = presentationTimeUs(sample);
+    const QMutexLocker lock(m_pMutex);
+    // Asked under the lock: a frame of before a flush must not slip in behind it.
+    if (!m_bAcceptSamples) {
+        gst_sample_unref(sample);
+        return;
+    }
+    GstSample*& entry = m_mapSamples[key];
+    if (entry)
+        gst_sample_unref(entry);
+    entry = sample;
+}
+
+qint64 CPlayer::firstSampleTime()
+{
+    const QMutexLocker lock(m_pMutex);
+    return m_mapSamples.isEmpty() ? -1 : m_mapSamples.firstKey();
+}
+
+GstSample* CPlayer::takeSample(const qint64& key)
+{
+    const QMutexLocker lock(m_pMutex);
+    return m_mapSamples.take(key);
+}
+
+void CPlayer::flushSamples()
+{
+    m_bAcceptSamples = false; // before the lock, see storeSample()
+    const QMutexLocker lock(m_pMutex);
+    for (GstSample* sample : qAsConst(m_mapSamples))
+        gst_sample_unref(sample);
+    m_mapSamples.clear();
+}
+
+void CPlayer::slotProcessSample()
+{
+    qDebug() << "++ CPlayer::slotProcessSample() tid=" << QThread::currentThreadId();
+    while (!m_bQuit)
+        processNextSample();
+    QThread::currentThread()->exit(0);
+    qDebug() << "++ CPlayer::slotProcessSample() quit ...";
+}
+
+// One pass of the loop. Whatever it slept for, the next pass looks at the store anew: a flush, a
+// seek or an earlier frame may have changed what comes first.
+void CPlayer::processNextSample()
+{
+    const qint64 dueUs = firstSampleTime();
+    if (dueUs == -1) {
+        QThread::msleep(kIdleNapMs);
+        return;
+    }
+    const qint64 elapsedUs = currentTimeUs() - m_nBaseTimeUs;
+    if (elapsedUs < dueUs) {
+        QThread::usleep(static_cast<unsigned long>(qMin(dueUs - elapsedUs, kLongestSleepUs)));
+        return;
+    }
+    if (GstSample* sample = takeSample(dueUs))
+        presentSample(sample);
+}
+
+// The buffer stays mapped until the hand-off has returned: the GPU reads it until then.
+void CPlayer::presentSample(GstSample* sample)
+{
+    GstBuffer* buffer = gst_sample_get_buffer(sample);
+    int width = 0;
+    int height = 0;
+    const bool sized = readSize(sample, &width, &height);
+    GstMapInfo map = {};
+    const bool mapped = gst_buffer_map(buffer, &map, GST_MAP_READ);
+    if (!gst_buffer_is_phymem(buffer))
+        qDebug() << "Not a phy mem block, sz=" << map.size;
+    else if (sized)
+        handOn(buffer, width, height);
+    emit sgUpdateData();
+    if (mapped)
+        gst_buffer_unmap(buffer, &map);
+    gst_sample_unref(sample);
+}
+
+void CPlayer::handOn(GstBuffer* buffer, int width, int height)
+{
+    const PhyMemBlock* block = gst_buffer_query_phymem_block(buffer);
+    m_pfnVideoData(kFormatIsNv12, block->paddr, block->vaddr, width, height, m_pVideoUserData);
+}
