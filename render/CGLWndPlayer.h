@@ -1,0 +1,112 @@
+// The video surface: draws the current frame, whole or one quarter of it, and the view labels.
+//
+// Thread          Runs here
+// GUI thread      everything but OnVideoData()
+// engine worker   OnVideoData(): stores a frame and waits until paintGL() has drawn it
+//
+// Lock: m_pMutex guards the pending frame and m_bNewFrame, and m_pWaitCond belongs to it. It is
+// never held while drawing, nor together with a lock of the engine. At most one frame is pending.
+// The wait ends when the frame has been drawn, when wakeFrameDrawn() is called, or when the
+// waiting QThread is asked to interrupt: its memory may be gone then, so the frame is dropped.
+//
+// Sizes in px. Needs the resources :/shader/ and :/image/text.png.
+#pragma once
+
+#include <QOpenGLFunctions>
+#include <QOpenGLWidget>
+
+class QMutex;
+class QOpenGLBuffer;
+class QOpenGLShaderProgram;
+class QOpenGLTexture;
+class QOpenGLVertexArrayObject;
+class QWaitCondition;
+
+class CGLWndPlayer : public QOpenGLWidget, protected QOpenGLFunctions
+{
+    Q_OBJECT
+
+public:
+    explicit CGLWndPlayer(QWidget* parent);
+    ~CGLWndPlayer() override;
+
+    // The hand-off (a VideoDataCallback): pUserData is the surface. nFormat 0 is packed 16-bit,
+    // else NV12. nPhysAddr 0 means that only pVirtAddr is known, all ones that a copy is wanted.
+    // Returns 0 once the frame has been drawn or given up.
+    static int OnVideoData(int nFormat, unsigned long nPhysAddr, unsigned char* pVirtAddr,
+                           int nWidth, int nHeight, void* pUserData);
+
+    // View: 1 to 4 one quarter of the frame (front, rear, left, right), else the whole. Neither
+    // this nor a write to m_bVideo repaints; call update() when it should show at once.
+    void setSwitch(const int& n);
+    int viewMode() const { return m_nSwitch; }
+
+    void wakeFrameDrawn(); // ends a waiting hand-off; its frame counts as drawn
+    void forgetPicture();  // from the next paint on black stands where the last frame was
+
+    bool m_bVideo = false; // video is on; grey without labels while false
+
+protected:
+    void initializeGL() override;
+    void resizeGL(int w, int h) override;
+    void paintGL() override;
+
+private:
+    struct Frame
+    {
+        unsigned char* data;
+        unsigned long phys;
+        int width;
+        int height;
+        bool isNew;
+    };
+
+    void makeQuad();
+    void makeVideoProgram();
+    void makeLabelProgram();
+    void makeVideoTexture();
+    void setUpAttributes();
+    void makeLabelTexture();
+    void releaseObjects();
+
+    void waitFrameDrawn(); // worker; called locked
+    Frame pendingFrame();
+    void refreshTexture(const Frame& frame);
+    void uploadFrame(GLenum textureUnit, GLuint texture, int width, int height,
+                     unsigned char* pVirtAddr, unsigned long nPhysAddr);
+    void copyFrame(int width, int height, const unsigned char* pVirtAddr);
+    void blackenTexture();
+    void setTextureParameters();
+    void drawQuad();
+    void drawLabels();
+    void drawViewLabel();
+    void drawCentreLabels();
+    void drawLabel(int index, int x, int y, int size);
+
+    // GUI thread, made by initializeGL().
+    QOpenGLShaderProgram* m_pVideoProgram = nullptr;
+    QOpenGLShaderProgram* m_pLabelProgram = nullptr;
+    GLuint m_nVideoTexture = 0;
+    QOpenGLVertexArrayObject* m_pVao = nullptr;
+    QOpenGLBuffer* m_pVbo = nullptr;
+    QOpenGLTexture* m_pLabelTexture = nullptr;
+
+    // Pending frame, under m_pMutex.
+    unsigned char* m_pFrameData = nullptr;
+    unsigned long m_nFramePhys = 0;
+    int m_nFrameWidth = -1;
+    int m_nFrameHeight = -1;
+    GLenum m_eFrameFormat;
+
+    int m_nSwitch = 0;        // GUI thread
+    bool m_bNewFrame = false; // under m_pMutex
+    bool m_bForget = false;   // GUI thread: the texture's picture is not to be shown again
+
+    QMutex* m_pMutex;
+    QWaitCondition* m_pWaitCond;
+
+    // Places of the uniforms that change from paint to paint.
+    int m_nSwitchUniform = -1;
+    int m_nVideoUniform = -1;
+    int m_nPositionUniform = -1;
+};
