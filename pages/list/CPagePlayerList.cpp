@@ -1,0 +1,89 @@
+// CPagePlayerList's rows, marks and buttons.
+#include "pages/list/CPagePlayerList.h"
+
+#include "app/common/CPlayerDatas.h"
+
+#include <QDateTime>
+#include <QLabel>
+#include <QListWidget>
+
+namespace {
+
+constexpr QRgb kCurrentBackground = qRgb(255, 233, 231);
+constexpr int kCurrentFontSize = 45; // px
+constexpr int kFontSize = 38;
+
+void dress(QListWidgetItem* row, const QBrush& background, int fontSize, QFont::Weight weight)
+{
+    QFont font;
+    font.setPixelSize(fontSize);
+    font.setWeight(weight);
+    row->setBackground(background);
+    row->setFont(font);
+}
+
+bool isVideoRow(const QListWidgetItem* row)
+{
+    return row->flags().testFlag(Qt::ItemIsUserCheckable);
+}
+
+} // namespace
+
+void CPagePlayerList::currentItem(QListWidgetItem* current, QListWidgetItem* previous)
+{
+    if (current && m_pListWidget->row(current) >= 0)
+        dress(current, QColor(kCurrentBackground), kCurrentFontSize, QFont::Bold);
+    if (previous && m_pListWidget->row(previous) != -1)
+        dress(previous, QBrush(Qt::transparent), kFontSize, QFont::Normal);
+}
+
+void CPagePlayerList::makeCurrent(int row)
+{
+    m_pListWidget->setCurrentRow(row, QItemSelectionModel::NoUpdate);
+}
+
+void CPagePlayerList::slotListWidgetClicked(QListWidgetItem* item)
+{
+    m_pListWidget->setCurrentItem(item, QItemSelectionModel::NoUpdate);
+    item->setSelected(false);
+    confirmRow();
+}
+
+// What OK and a tap do to the current row. A directory's row is gone afterwards.
+void CPagePlayerList::confirmRow()
+{
+    QListWidgetItem* row = m_pListWidget->currentItem();
+    if (!row)
+        return;
+    if (isVideoRow(row))
+        toggleMark(row);
+    else
+        openListFile(row);
+}
+
+void CPagePlayerList::toggleMark(QListWidgetItem* item)
+{
+    if (item->checkState() == Qt::Unchecked)
+        item->setCheckState(Qt::Checked);
+    else if (item->checkState() == Qt::Checked)
+        item->setCheckState(Qt::Unchecked);
+}
+
+void CPagePlayerList::openVideoButton()
+{
+    CPlayerDatas* files = CPlayerDatas::getInstance();
+    files->clearFiles();
+    for (int i = 0; i < m_pListWidget->count(); ++i) {
+        const QListWidgetItem* row = m_pListWidget->item(i);
+        if (isVideoRow(row) && row->checkState() == Qt::Checked)
+            files->addFile(m_strPath + QLatin1Char('/') + row->text());
+    }
+    emit sgSwitchToPagePlayer();
+    emit sgStartToPlay();
+}
+
+void CPagePlayerList::time_slot()
+{
+    const QDateTime now = QDateTime::currentDateTime();
+    m_pLabelTime->setText(now.toString(QStringLiteral("yyyy-MM-dd hh:mm:ss")));
+}

@@ -1,0 +1,79 @@
+// CPagePlayerControl's keys and the memory of its focus.
+#include "pages/player/CPagePlayerControl.h"
+
+#include "app/common/globals.h"
+#include "pages/player/ControlKeys.h"
+
+#include <QKeyEvent>
+#include <QPushButton>
+
+namespace {
+
+bool isKey(QEvent::Type type)
+{
+    return type == QEvent::KeyPress || type == QEvent::KeyRelease;
+}
+
+} // namespace
+
+bool CPagePlayerControl::eventFilter(QObject* watched, QEvent* event)
+{
+    if (isHidden())
+        return QObject::eventFilter(watched, event);
+    const int index = m_vecButtons.indexOf(qobject_cast<QPushButton*>(watched));
+    if (index < 0)
+        return true;
+    if (!isKey(event->type()))
+        return QObject::eventFilter(watched, event);
+
+    const auto* key = static_cast<QKeyEvent*>(event);
+    if (event->type() == QEvent::KeyPress && key->isAutoRepeat())
+        return true;
+    const bool twoKeyMode = g_bTwoKeyMode;
+    const ControlAction* action = controlAction(twoKeyMode, event->type(), key->key());
+    if (!action)
+        return QObject::eventFilter(watched, event);
+    perform(*action, index);
+    if (!twoKeyMode)
+        emit sgKeyEventUpdate();
+    return true;
+}
+
+void CPagePlayerControl::perform(ControlAction action, int index)
+{
+    switch (action) {
+    case ControlAction::FocusPrevious:
+        focusButton(index - 1, false);
+        break;
+    case ControlAction::FocusNext:
+        focusButton(index + 1, true);
+        break;
+    case ControlAction::Activate:
+        emit m_vecButtons[index]->clicked(false);
+        break;
+    case ControlAction::Nothing:
+        break;
+    }
+}
+
+// `index` may lie one beyond either end of the row.
+void CPagePlayerControl::focusButton(int index, bool next)
+{
+    const int count = m_vecButtons.size();
+    focusNextPrevChild(next);
+    m_vecButtons[(index + count) % count]->setFocus(Qt::OtherFocusReason);
+}
+
+void CPagePlayerControl::hideControl()
+{
+    hide();
+    m_pLastFocus = focusWidget();
+}
+
+void CPagePlayerControl::showControl()
+{
+    show();
+    raise();
+    const int index = m_vecButtons.indexOf(qobject_cast<QPushButton*>(m_pLastFocus));
+    m_vecButtons[index < 0 ? 0 : index]->setFocus(Qt::OtherFocusReason);
+}
