@@ -8,6 +8,8 @@
 #include <QMutexLocker>
 #include <QThread>
 
+#include <utility>
+
 #include <gst/app/gstappsink.h>
 
 namespace {
@@ -77,7 +79,7 @@ void CPlayer::flushSamples()
 {
     m_bAcceptSamples = false; // before the lock, see storeSample()
     const QMutexLocker lock(m_pMutex);
-    for (GstSample* sample : qAsConst(m_mapSamples))
+    for (GstSample* sample : std::as_const(m_mapSamples))
         gst_sample_unref(sample);
     m_mapSamples.clear();
 }
@@ -118,10 +120,11 @@ void CPlayer::presentSample(GstSample* sample)
     const bool sized = readSize(sample, &width, &height);
     GstMapInfo map = {};
     const bool mapped = gst_buffer_map(buffer, &map, GST_MAP_READ);
-    if (!gst_buffer_is_phymem(buffer))
+    if (!gst_buffer_is_phymem(buffer)) {
         qDebug() << "Not a phy mem block, sz=" << map.size;
-    else if (sized)
+    } else if (sized) {
         handOn(buffer, width, height);
+    }
     emit sgUpdateData();
     if (mapped)
         gst_buffer_unmap(buffer, &map);

@@ -127,11 +127,12 @@ CGLWndPlayer::Frame CGLWndPlayer::pendingFrame()
 
 void CGLWndPlayer::refreshTexture(const Frame& frame)
 {
-    if (frame.isNew)
+    if (frame.isNew) {
         uploadFrame(GL_TEXTURE0, m_nVideoTexture, frame.width, frame.height, frame.data,
                     frame.phys);
-    else if (m_bForget)
+    } else if (m_bForget) {
         blackenTexture();
+    }
     m_bForget = false;
 }
 
