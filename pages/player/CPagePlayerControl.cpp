@@ -1,8 +1,8 @@
 #include "pages/player/CPagePlayerControl.h"
 
-#include "app/common/CFrameButton.h"
 #include "app/common/OwnedStyle.h"
 #include "app/common/noFocusStyle.h"
+#include "pages/player/CFrameButton.h"
 #include "pages/player/SliderStyleSheet.h"
 
 #include <QHBoxLayout>

@@ -1,8 +1,15 @@
-#include "app/common/CFrameButton.h"
+#include "pages/player/CFrameButton.h"
 
 #include <QStyleOptionButton>
 #include <QStyleOptionFocusRect>
 #include <QStylePainter>
+
+namespace {
+
+// Half of what the frame pictures overhang: the frame ends where the button does.
+constexpr int kFrameInset = 4; // px
+
+} // namespace
 
 void CFrameButton::paintEvent(QPaintEvent* /*event*/)
 {
@@ -16,6 +23,6 @@ void CFrameButton::paintEvent(QPaintEvent* /*event*/)
         return;
     QStyleOptionFocusRect frame;
     frame.QStyleOption::operator=(button);
-    frame.rect = style()->subElementRect(QStyle::SE_PushButtonFocusRect, &button, this);
+    frame.rect = rect().adjusted(kFrameInset, kFrameInset, -kFrameInset, -kFrameInset);
     painter.drawPrimitive(QStyle::PE_FrameFocusRect, frame);
 }
