@@ -1,0 +1,284 @@
+// The control bar on screen, driven by real keys and clicks.
+#include "app/common/globals.h"
+#include "pages/player/CPagePlayerControl.h"
+
+#include <QApplication>
+#include <QLabel>
+#include <QPushButton>
+#include <QSlider>
+#include <QStyle>
+#include <QtTest>
+
+namespace {
+
+constexpr int kButtons = 5;
+
+// The page's place: sees the keys that the bar lets through.
+class Page : public QWidget
+{
+public:
+    QStringList m_log;
+
+protected:
+    void keyPressEvent(QKeyEvent* /*event*/) override { m_log << "passed"; }
+    void keyReleaseEvent(QKeyEvent* /*event*/) override { m_log << "passed"; }
+};
+
+// With a text of its own: QtTest has none for some keys of a remote control.
+void send(QTest::KeyAction action, int key)
+{
+    QTest::sendKeyEvent(action, QApplication::focusWidget(), Qt::Key(key), QString(),
+                        Qt::NoModifier);
+}
+
+QImage picture(const QIcon& icon)
+{
+    return icon.pixmap(38, 38).toImage();
+}
+
+} // namespace
+
+class tst_control_bar : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        g_bTwoKeyMode = false;
+        m_pPage.reset(new Page);
+        m_pPage->setGeometry(0, 0, 800, 200);
+        m_pBar = new CPagePlayerControl(m_pPage.data());
+        m_pBar->setGeometry(0, 120, 800, 80);
+        m_vecButtons = m_pBar->findChildren<QPushButton*>();
+        m_pLabel = m_pBar->findChild<QLabel*>();
+        m_pSlider = m_pBar->findChild<QSlider*>();
+        logSignals();
+    }
+
+    void cleanup() { m_pPage.reset(); }
+
+    void standsAsBuilt()
+    {
+        QCOMPARE(m_pBar->focusWidget(), m_vecButtons[0]);
+        QCOMPARE(m_pLabel->text(), QString());
+        QCOMPARE(m_pSlider->maximum(), 99);
+        showPage();
+        QCOMPARE(m_vecButtons[0]->x(), 30);
+        for (int i = 1; i < kButtons; ++i)
+            QCOMPARE(m_vecButtons[i]->x(), m_vecButtons[i - 1]->geometry().right() + 1);
+        QVERIFY(m_pBar->rect().contains(m_vecButtons[0]->geometry()));
+        const QImage bar = m_pBar->grab().toImage();
+        for (const QPoint& corner : {QPoint(0, 0), QPoint(799, 79), m_vecButtons[1]->pos()})
+            QCOMPARE(bar.pixelColor(corner), QColor("#4F6576"));
+    }
+
+    void keys_data()
+    {
+        const QVector<int> arrows{Qt::Key_Left, Qt::Key_Up, Qt::Key_Right, Qt::Key_Down};
+        const QVector<int> ok{Qt::Key_Return, Qt::Key_Enter, Qt::Key_Space};
+        const QVector<int> mute{Qt::Key_Tab,   Qt::Key_Backspace, Qt::Key_Return, Qt::Key_Enter,
+                                Qt::Key_Space, Qt::Key_Home,      Qt::Key_Left,   Qt::Key_Up,
+                                Qt::Key_Right, Qt::Key_Down,      Qt::Key_Back,   Qt::Key_Exit};
+        QTest::addColumn<bool>("twoKeyMode");
+        QTest::addColumn<int>("from");
+        QTest::addColumn<int>("key");
+        QTest::addColumn<QString>("onPress");
+        QTest::addColumn<QString>("onRelease");
+        const auto rows = [](const char* name, bool twoKeyMode, int from, const QVector<int>& keys,
+                             const char* onPress, const char* onRelease) {
+            for (const int key : keys) {
+                const QString text = QKeySequence(key).toString();
+                QTest::newRow(qPrintable(QString("%1: %2 on %3").arg(name, text).arg(from)))
+                    << twoKeyMode << from << key << QString(onPress) << QString(onRelease);
+            }
+        };
+        const QVector<int> back{Qt::Key_Left, Qt::Key_Up};
+        const QVector<int> on{Qt::Key_Right, Qt::Key_Down};
+        rows("previous", false, 2, back, "1 active", "1 active");
+        rows("previous wraps", false, 0, back, "4 active", "4 active");
+        rows("next", false, 2, on, "3 active", "3 active");
+        rows("next wraps", false, 4, on, "0 active", "0 active");
+        rows("activates", false, 0, ok, "0 active", "0 play active");
+        rows("activates", false, 1, ok, "1 active", "1 stop active");
+        rows("activates", false, 2, ok, "2 active", "2 backward active");
+        rows("activates", false, 3, ok, "3 active", "3 forward active");
+        rows("activates", false, 4, ok, "4 active", "4 back active");
+        rows("kept", false, 1, {Qt::Key_Tab}, "1 active", "1 active");
+        rows("kept on press", false, 1, {Qt::Key_Escape, Qt::Key_Backspace, Qt::Key_Exit},
+             "1 active", "1 passed");
+        rows("passed", false, 1, {Qt::Key_1, Qt::Key_Home, Qt::Key_Back, Qt::Key_A}, "1 passed",
+             "1 passed");
+        rows("two keys, next", true, 1, {Qt::Key_1}, "2", "2 passed");
+        rows("two keys, next wraps", true, 4, {Qt::Key_1}, "0", "0 passed");
+        rows("two keys, mute", true, 1, mute, "1", "1");
+        rows("two keys, passed", true, 1, {Qt::Key_2, Qt::Key_0, Qt::Key_Escape}, "1 passed",
+             "1 passed");
+    }
+
+    void keys()
+    {
+        QFETCH(bool, twoKeyMode);
+        QFETCH(int, from);
+        QFETCH(int, key);
+        showPage();
+        g_bTwoKeyMode = twoKeyMode;
+        m_vecButtons[from]->setFocus();
+        send(QTest::Press, key);
+        QTEST(state(), "onPress");
+        send(QTest::Release, key);
+        QTEST(state(), "onRelease");
+    }
+
+    void heldKeyActsOnce()
+    {
+        showPage();
+        for (const bool twoKeyMode : {false, true}) {
+            g_bTwoKeyMode = twoKeyMode;
+            QKeyEvent repeated(QEvent::KeyPress, Qt::Key_Right, Qt::NoModifier, QString(), true);
+            QApplication::sendEvent(m_vecButtons[0], &repeated);
+            QCOMPARE(state(), QString("0"));
+        }
+    }
+
+    void clickIsOneCommand()
+    {
+        showPage();
+        for (QPushButton* button : qAsConst(m_vecButtons))
+            QTest::mouseClick(button, Qt::LeftButton);
+        QCOMPARE(m_pPage->m_log.join(' '), QString("play stop backward forward back"));
+    }
+
+    void remembersItsFocus()
+    {
+        showPage();
+        m_pBar->showControl();
+        QCOMPARE(state(), QString("0"));
+        m_vecButtons[2]->setFocus();
+        m_pBar->hideControl();
+        QVERIFY(m_pBar->isHidden());
+        QKeyEvent release(QEvent::KeyRelease, Qt::Key_Return, Qt::NoModifier);
+        QVERIFY(!m_pBar->eventFilter(m_vecButtons[2], &release));
+        m_pPage->setFocus();
+        m_pBar->showControl();
+        QVERIFY(m_pBar->isVisible());
+        QCOMPARE(state(), QString("2"));
+    }
+
+    void formatsTime_data()
+    {
+        QTest::addColumn<int>("seconds");
+        QTest::addColumn<QString>("text");
+        QTest::newRow("nothing") << 0 << "00:00";
+        QTest::newRow("a minute less one") << 59 << "00:59";
+        QTest::newRow("a minute") << 60 << "01:00";
+        QTest::newRow("an hour less one") << 3599 << "59:59";
+        QTest::newRow("an hour") << 3600 << "01:00:00";
+        QTest::newRow("one of each") << 3661 << "01:01:01";
+        QTest::newRow("hundred hours") << 360000 << "100:00:00";
+    }
+
+    void formatsTime()
+    {
+        QFETCH(int, seconds);
+        QTEST(m_pBar->formatTime(seconds), "text");
+    }
+
+    void followsPlayback()
+    {
+        m_pBar->resetTime();
+        QCOMPARE(time(), QString("0 of 1000: 0:00:00/0:00:00"));
+        m_pBar->setDuration(125);
+        m_pBar->setPosition(0);
+        QCOMPARE(time(), QString("0 of 125: 00:00/02:05"));
+        m_pBar->setPosition(1);
+        m_pBar->setDuration(125); // already shown: the label stays
+        QCOMPARE(time(), QString("1 of 125: 00:01/02:05"));
+        m_pBar->setPosition(124);
+        m_pBar->setPosition(125);
+        QCOMPARE(time(), QString("124 of 125: 02:04/02:05"));
+        m_pBar->setDuration(7200);
+        QCOMPARE(time(), QString("124 of 7200: 00:00/02:00:00"));
+        m_pBar->setPosition(3600);
+        QCOMPARE(time(), QString("3600 of 7200: 01:00:00/02:00:00"));
+    }
+
+    void firstButtonShowsWhatItWouldDo()
+    {
+        const QImage play = picture(QIcon(":/image/play.png"));
+        const QImage pause = picture(QIcon(":/image/pause.png"));
+        QVERIFY(!play.isNull() && !pause.isNull() && play != pause);
+        m_pBar->updatePlayingState(true, false);
+        QCOMPARE(picture(m_vecButtons[0]->icon()), pause);
+        m_pBar->updatePlayingState(true, true);
+        QCOMPARE(picture(m_vecButtons[0]->icon()), play);
+        QCOMPARE(time(), QString("0 of 99: "));
+        m_pBar->updatePlayingState(true, false);
+        m_pBar->updatePlayingState(false, true);
+        QCOMPARE(picture(m_vecButtons[0]->icon()), play);
+        QCOMPARE(time(), QString("0 of 1000: 0:00:00/0:00:00"));
+        const auto styles =
+            m_vecButtons[0]->findChildren<QStyle*>(QString(), Qt::FindDirectChildrenOnly);
+        QCOMPARE(styles.size(), 1); // the replaced ones are released
+    }
+
+    void focusedButtonShowsItsFrame()
+    {
+        showPage();
+        for (QPushButton* button : qAsConst(m_vecButtons)) {
+            m_pPage->setFocus();
+            const QImage plain = button->grab().toImage();
+            button->setFocus();
+            QVERIFY(button->grab().toImage() != plain);
+        }
+    }
+
+private:
+    void showPage()
+    {
+        m_pPage->show();
+        m_pPage->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(m_pPage.data()));
+        m_vecButtons[0]->setFocus();
+    }
+
+    void logSignals()
+    {
+        const auto log = [this](void (CPagePlayerControl::*signal)(), const char* text) {
+            connect(m_pBar, signal, this, [this, text] { m_pPage->m_log << text; });
+        };
+        log(&CPagePlayerControl::sgKeyEventUpdate, "active");
+        log(&CPagePlayerControl::sgCmdPlay, "play");
+        log(&CPagePlayerControl::sgCmdStop, "stop");
+        log(&CPagePlayerControl::sgCmdBackward, "backward");
+        log(&CPagePlayerControl::sgCmdForward, "forward");
+        log(&CPagePlayerControl::sgCmdBack, "back");
+    }
+
+    // The focused button and what has happened since the last look.
+    QString state()
+    {
+        QStringList words(m_pPage->m_log);
+        m_pPage->m_log.clear();
+        auto* focused = qobject_cast<QPushButton*>(QApplication::focusWidget());
+        words.prepend(QString::number(m_vecButtons.indexOf(focused)));
+        return words.join(' ');
+    }
+
+    QString time() const
+    {
+        return QString("%1 of %2: %3")
+            .arg(m_pSlider->value())
+            .arg(m_pSlider->maximum())
+            .arg(m_pLabel->text());
+    }
+
+    QScopedPointer<Page> m_pPage;
+    CPagePlayerControl* m_pBar = nullptr;
+    QList<QPushButton*> m_vecButtons;
+    QLabel* m_pLabel = nullptr;
+    QSlider* m_pSlider = nullptr;
+};
+
+QTEST_MAIN(tst_control_bar)
+#include "tst_control_bar.moc"
