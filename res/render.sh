@@ -35,6 +35,6 @@ done
 # softened here. White everywhere, also where nothing shows: only the alpha differs, or a dark rim
 # would come up around the strokes.
 rsvg-convert svg/text.svg -o "$scratch/text.png"
-convert "$scratch/text.png" -alpha extract -blur 0x3 "$scratch/alpha.png"
+convert "$scratch/text.png" -alpha extract -blur 0x2 "$scratch/alpha.png"
 convert -size 1024x256 xc:white "$scratch/alpha.png" -alpha off -compose CopyOpacity -composite \
   -strip -define png:exclude-chunks=date,time PNG32:image/text.png
