@@ -1,0 +1,19 @@
+#!/bin/sh
+# build-depends.sh [PROFILE...]: prints what a build needs, one Debian package a line, from the one
+# list of it: Build-Depends of debian/control, and build-essential, which that list implies.
+# Packages of the profiles `lint` (format and tidy checks) and `arm` (cross build) are printed where
+# the profile is named; those marked <!nocheck> (what tests need) are not where nocheck is named.
+set -eu
+
+echo build-essential
+sed -n '/^Build-Depends:/,/^[A-Z].*:/s/^ \(.*\),$/\1/p' "$(dirname "$0")/../debian/control" |
+while read -r package rest; do
+    profile=$(echo "$rest" | sed -n 's/.*<\(pkg\.quadplayer\.\)\{0,1\}\(.*\)>.*/\2/p')
+    case " $* " in
+        *" ${profile#!} "*) named=yes ;;
+        *) named=no ;;
+    esac
+    case "$profile/$named" in
+        /* | !*/no | [!!]*/yes) echo "${package%-compat}" ;;
+    esac
+done
