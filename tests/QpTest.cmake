@@ -46,14 +46,26 @@ function(qp_add_test name)
   endif()
 endfunction()
 
+# Emulated, a program cannot be traced, which the leak check needs, and file status is not looked up
+# in the sysroot, which the search for plugins needs.
+set(QP_LEAK_CHECK 1)
+set(QP_EMULATOR_ENVIRONMENT)
+if(CMAKE_CROSSCOMPILING)
+  set(QP_LEAK_CHECK 0)
+  set(QP_EMULATOR_ENVIRONMENT
+      "GST_PLUGIN_SYSTEM_PATH_1_0=${CMAKE_SYSROOT}/usr/lib/${CMAKE_LIBRARY_ARCHITECTURE}/gstreamer-1.0"
+      "GST_REGISTRY_FORK=no")
+endif()
+
 set(QP_TEST_ENVIRONMENT
     "UBSAN_OPTIONS=print_stacktrace=1"
-    "ASAN_OPTIONS=detect_leaks=1"
+    "ASAN_OPTIONS=detect_leaks=${QP_LEAK_CHECK}"
     "LSAN_OPTIONS=suppressions=${CMAKE_CURRENT_SOURCE_DIR}/lsan.supp:print_suppressions=0"
     "TSAN_OPTIONS=suppressions=${CMAKE_CURRENT_SOURCE_DIR}/tsan.supp:history_size=7"
     "XDG_RUNTIME_DIR=${CMAKE_BINARY_DIR}/run"
     "GST_REGISTRY=${CMAKE_BINARY_DIR}/run/gst-registry.bin"
     "QT_STYLE_OVERRIDE="
-    "LC_ALL=C.UTF-8")
+    "LC_ALL=C.UTF-8"
+    ${QP_EMULATOR_ENVIRONMENT})
 file(MAKE_DIRECTORY ${CMAKE_BINARY_DIR}/run)
 file(CHMOD ${CMAKE_BINARY_DIR}/run PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE)
