@@ -26,23 +26,16 @@ private slots:
     void walksFromBeforeTheFirstToBehindTheLast()
     {
         CPlayerDatas* files = CPlayerDatas::getInstance();
-        QCOMPARE(state(), QString("1 0 ''"));
         QVERIFY(!files->next());
-
         files->addFile(QString());
-        QVERIFY(files->isEmpty());
+        QCOMPARE(state(), QString("1 0 ''"));
         files->addFile("A");
         files->addFile("B");
-        QCOMPARE(state(), QString("0 0 ''"));
-
-        QVERIFY(files->next());
-        QCOMPARE(state(), QString("0 0 'A'"));
-        QVERIFY(files->next());
-        QCOMPARE(state(), QString("0 0 'B'"));
-        QVERIFY(files->next());
-        QCOMPARE(state(), QString("0 1 ''"));
+        for (const char* expected : {"0 0 'A'", "0 0 'B'", "0 1 ''"}) {
+            QVERIFY(files->next());
+            QCOMPARE(state(), QString(expected));
+        }
         QVERIFY(!files->next());
-
         files->clearFiles();
         QCOMPARE(state(), QString("1 0 ''"));
     }

@@ -53,7 +53,12 @@ private slots:
         m_vecButtons = m_pBar->findChildren<QPushButton*>();
         m_pLabel = m_pBar->findChild<QLabel*>();
         m_pSlider = m_pBar->findChild<QSlider*>();
-        logSignals();
+        log(&CPagePlayerControl::sgKeyEventUpdate, "active");
+        log(&CPagePlayerControl::sgCmdPlay, "play");
+        log(&CPagePlayerControl::sgCmdStop, "stop");
+        log(&CPagePlayerControl::sgCmdBackward, "backward");
+        log(&CPagePlayerControl::sgCmdForward, "forward");
+        log(&CPagePlayerControl::sgCmdBack, "back");
     }
 
     void cleanup() { m_pPage.reset(); }
@@ -73,61 +78,56 @@ private slots:
             QCOMPARE(bar.pixelColor(corner), QColor("#4F6576"));
     }
 
+    // What the focused button is and what happened, after the press and after the release.
     void keys_data()
     {
-        const QVector<int> arrows{Qt::Key_Left, Qt::Key_Up, Qt::Key_Right, Qt::Key_Down};
-        const QVector<int> ok{Qt::Key_Return, Qt::Key_Enter, Qt::Key_Space};
-        const QVector<int> mute{Qt::Key_Tab,   Qt::Key_Backspace, Qt::Key_Return, Qt::Key_Enter,
-                                Qt::Key_Space, Qt::Key_Home,      Qt::Key_Left,   Qt::Key_Up,
-                                Qt::Key_Right, Qt::Key_Down,      Qt::Key_Back,   Qt::Key_Exit};
         QTest::addColumn<bool>("twoKeyMode");
         QTest::addColumn<int>("from");
-        QTest::addColumn<int>("key");
-        QTest::addColumn<QString>("onPress");
-        QTest::addColumn<QString>("onRelease");
-        const auto rows = [](const char* name, bool twoKeyMode, int from, const QVector<int>& keys,
-                             const char* onPress, const char* onRelease) {
-            for (const int key : keys) {
-                const QString text = QKeySequence(key).toString();
-                QTest::newRow(qPrintable(QString("%1: %2 on %3").arg(name, text).arg(from)))
-                    << twoKeyMode << from << key << QString(onPress) << QString(onRelease);
-            }
+        QTest::addColumn<QVector<int>>("keys");
+        QTest::addColumn<QString>("expected");
+        using Keys = QVector<int>;
+        const Keys previous{Qt::Key_Left, Qt::Key_Up};
+        const Keys next{Qt::Key_Right, Qt::Key_Down};
+        const Keys ok{Qt::Key_Return, Qt::Key_Enter, Qt::Key_Space};
+        const Keys pressOnly{Qt::Key_Escape, Qt::Key_Backspace, Qt::Key_Exit};
+        const Keys others{Qt::Key_1, Qt::Key_Home, Qt::Key_Back, Qt::Key_A};
+        const Keys mute{Qt::Key_Tab, Qt::Key_Backspace, Qt::Key_Home, Qt::Key_Back, Qt::Key_Exit};
+        const auto row = [](const char* name, bool twoKeyMode, int from, const Keys& keys,
+                            const char* expected) {
+            QTest::newRow(name) << twoKeyMode << from << keys << QString(expected);
         };
-        const QVector<int> back{Qt::Key_Left, Qt::Key_Up};
-        const QVector<int> on{Qt::Key_Right, Qt::Key_Down};
-        rows("previous", false, 2, back, "1 active", "1 active");
-        rows("previous wraps", false, 0, back, "4 active", "4 active");
-        rows("next", false, 2, on, "3 active", "3 active");
-        rows("next wraps", false, 4, on, "0 active", "0 active");
-        rows("activates", false, 0, ok, "0 active", "0 play active");
-        rows("activates", false, 1, ok, "1 active", "1 stop active");
-        rows("activates", false, 2, ok, "2 active", "2 backward active");
-        rows("activates", false, 3, ok, "3 active", "3 forward active");
-        rows("activates", false, 4, ok, "4 active", "4 back active");
-        rows("kept", false, 1, {Qt::Key_Tab}, "1 active", "1 active");
-        rows("kept on press", false, 1, {Qt::Key_Escape, Qt::Key_Backspace, Qt::Key_Exit},
-             "1 active", "1 passed");
-        rows("passed", false, 1, {Qt::Key_1, Qt::Key_Home, Qt::Key_Back, Qt::Key_A}, "1 passed",
-             "1 passed");
-        rows("two keys, next", true, 1, {Qt::Key_1}, "2", "2 passed");
-        rows("two keys, next wraps", true, 4, {Qt::Key_1}, "0", "0 passed");
-        rows("two keys, mute", true, 1, mute, "1", "1");
-        rows("two keys, passed", true, 1, {Qt::Key_2, Qt::Key_0, Qt::Key_Escape}, "1 passed",
-             "1 passed");
+        row("previous", false, 2, previous, "1 active, 1 active");
+        row("previous wraps", false, 0, previous, "4 active, 4 active");
+        row("next", false, 2, next, "3 active, 3 active");
+        row("next wraps", false, 4, next, "0 active, 0 active");
+        row("play", false, 0, ok, "0 active, 0 play active");
+        row("stop", false, 1, ok, "1 active, 1 stop active");
+        row("backward", false, 2, ok, "2 active, 2 backward active");
+        row("forward", false, 3, ok, "3 active, 3 forward active");
+        row("back", false, 4, ok, "4 active, 4 back active");
+        row("kept", false, 1, {Qt::Key_Tab}, "1 active, 1 active");
+        row("kept on press", false, 1, pressOnly, "1 active, 1 passed");
+        row("passed", false, 1, others, "1 passed, 1 passed");
+        row("two keys: next", true, 1, {Qt::Key_1}, "2, 2 passed");
+        row("two keys: next wraps", true, 4, {Qt::Key_1}, "0, 0 passed");
+        row("two keys: mute", true, 1, mute + previous + next + ok, "1, 1");
+        row("two keys: passed", true, 1, {Qt::Key_2, Qt::Key_Escape}, "1 passed, 1 passed");
     }
 
     void keys()
     {
         QFETCH(bool, twoKeyMode);
         QFETCH(int, from);
-        QFETCH(int, key);
+        QFETCH(QVector<int>, keys);
         showPage();
         g_bTwoKeyMode = twoKeyMode;
-        m_vecButtons[from]->setFocus();
-        send(QTest::Press, key);
-        QTEST(state(), "onPress");
-        send(QTest::Release, key);
-        QTEST(state(), "onRelease");
+        for (const int key : keys) {
+            m_vecButtons[from]->setFocus();
+            send(QTest::Press, key);
+            const QString onPress = state();
+            send(QTest::Release, key);
+            QTEST(onPress + ", " + state(), "expected");
+        }
     }
 
     void heldKeyActsOnce()
@@ -152,7 +152,8 @@ private slots:
     void remembersItsFocus()
     {
         showPage();
-        m_pBar->showControl();
+        m_vecButtons[3]->setFocus();
+        m_pBar->showControl(); // it has not been hidden: nothing to remember
         QCOMPARE(state(), QString("0"));
         m_vecButtons[2]->setFocus();
         m_pBar->hideControl();
@@ -165,23 +166,12 @@ private slots:
         QCOMPARE(state(), QString("2"));
     }
 
-    void formatsTime_data()
-    {
-        QTest::addColumn<int>("seconds");
-        QTest::addColumn<QString>("text");
-        QTest::newRow("nothing") << 0 << "00:00";
-        QTest::newRow("a minute less one") << 59 << "00:59";
-        QTest::newRow("a minute") << 60 << "01:00";
-        QTest::newRow("an hour less one") << 3599 << "59:59";
-        QTest::newRow("an hour") << 3600 << "01:00:00";
-        QTest::newRow("one of each") << 3661 << "01:01:01";
-        QTest::newRow("hundred hours") << 360000 << "100:00:00";
-    }
-
     void formatsTime()
     {
-        QFETCH(int, seconds);
-        QTEST(m_pBar->formatTime(seconds), "text");
+        QStringList texts;
+        for (const int seconds : {0, 59, 60, 3599, 3600, 3661, 360000})
+            texts << m_pBar->formatTime(seconds);
+        QCOMPARE(texts.join(' '), QString("00:00 00:59 01:00 59:59 01:00:00 01:01:01 100:00:00"));
     }
 
     void followsPlayback()
@@ -242,17 +232,9 @@ private:
         m_vecButtons[0]->setFocus();
     }
 
-    void logSignals()
+    void log(void (CPagePlayerControl::*signal)(), const char* text)
     {
-        const auto log = [this](void (CPagePlayerControl::*signal)(), const char* text) {
-            connect(m_pBar, signal, this, [this, text] { m_pPage->m_log << text; });
-        };
-        log(&CPagePlayerControl::sgKeyEventUpdate, "active");
-        log(&CPagePlayerControl::sgCmdPlay, "play");
-        log(&CPagePlayerControl::sgCmdStop, "stop");
-        log(&CPagePlayerControl::sgCmdBackward, "backward");
-        log(&CPagePlayerControl::sgCmdForward, "forward");
-        log(&CPagePlayerControl::sgCmdBack, "back");
+        connect(m_pBar, signal, this, [this, text] { m_pPage->m_log << text; });
     }
 
     // The focused button and what has happened since the last look.
