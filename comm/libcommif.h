@@ -6,7 +6,8 @@
 
 extern "C" {
 
-// Called by the library, on its own delivery thread, for each packet that arrives.
+// Called by the library, on its own delivery thread, for each packet that arrives. The bytes are
+// valid until it returns.
 using KvrCommCallback = void (*)(void* context, void* data, unsigned int length);
 
 // Packet cursor: 24 bytes that the caller provides and the library fills. After writing, the
@@ -19,7 +20,7 @@ struct TlvPacket
 };
 
 int KvrComm_Init(int endpoint, KvrCommCallback callback, void* context); // 0: the link is up
-void KvrComm_Exit();
+void KvrComm_Exit();   // waits for a callback that runs; none comes afterwards
 int KvrComm_IsReady(); // nonzero: a packet can be sent now
 int KvrComm_SendMsg(int endpoint, const void* data, unsigned int length);
 unsigned int KvrComm_GetInnerErrorCode(); // code of the library's last error

@@ -1,0 +1,112 @@
+#include "platform/host/commif/PacketSocket.h"
+
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/un.h>
+
+#include <cerrno>
+#include <cstring>
+
+namespace {
+
+constexpr int kBacklog = 8;
+
+FileDescriptor makeSocket()
+{
+    return FileDescriptor(socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+}
+
+// False with errno set when the path does not fit into an address.
+bool makeAddress(const std::string& path, sockaddr_un& address)
+{
+    address = {};
+    address.sun_family = AF_UNIX;
+    errno = path.empty() ? ENOENT : ENAMETOOLONG;
+    if (path.empty() || path.size() >= sizeof address.sun_path)
+        return false;
+    std::memcpy(address.sun_path, path.data(), path.size());
+    return true;
+}
+
+const sockaddr* generic(const sockaddr_un& address)
+{
+    return reinterpret_cast<const sockaddr*>(&address);
+}
+
+bool isSocketFile(const std::string& path)
+{
+    struct stat info = {};
+    return lstat(path.c_str(), &info) == 0 && S_ISSOCK(info.st_mode);
+}
+
+// Only a refusal proves that nobody listens: a full backlog, for one, does not.
+void removeStale(const std::string& path)
+{
+    if (!connectTo(path).isValid() && errno == ECONNREFUSED && isSocketFile(path))
+        unlink(path.c_str());
+}
+
+// A side that closes with packets unread makes the other's next call fail once with ECONNRESET;
+// what it sent before is still to be read.
+bool mayGoOn(int error)
+{
+    return error == EAGAIN || error == EINTR || error == ECONNRESET;
+}
+
+} // namespace
+
+FileDescriptor connectTo(const std::string& path)
+{
+    sockaddr_un address;
+    if (!makeAddress(path, address))
+        return FileDescriptor();
+    FileDescriptor socket = makeSocket();
+    if (connect(socket.get(), generic(address), sizeof address) != 0)
+        return FileDescriptor();
+    return socket;
+}
+
+FileDescriptor listenAt(const std::string& path)
+{
+    sockaddr_un address;
+    if (!makeAddress(path, address))
+        return FileDescriptor();
+    removeStale(path);
+    FileDescriptor socket = makeSocket();
+    if (bind(socket.get(), generic(address), sizeof address) != 0 ||
+        listen(socket.get(), kBacklog) != 0)
+        return FileDescriptor();
+    return socket;
+}
+
+int sendPacket(const FileDescriptor& socket, const void* data, size_t length)
+{
+    const ssize_t sent = send(socket.get(), data, length, MSG_DONTWAIT | MSG_NOSIGNAL);
+    return sent < 0 ? errno : 0;
+}
+
+Received receivePacket(const FileDescriptor& socket, PacketBytes& packet)
+{
+    pollfd state = {socket.get(), POLLIN | POLLRDHUP, 0};
+    if (poll(&state, 1, 0) <= 0)
+        return Received::Nothing;
+    packet.resize(kMaxPacketBytes);
+    const ssize_t length =
+        recv(socket.get(), packet.data(), packet.size(), MSG_DONTWAIT | MSG_TRUNC);
+    if (length < 0)
+        return mayGoOn(errno) ? Received::Nothing : Received::End;
+    // An empty packet and the end both read as 0; only the end comes with a hang-up.
+    if (length == 0 && (state.revents & (POLLHUP | POLLRDHUP)) != 0)
+        return Received::End;
+    if (static_cast<size_t>(length) > packet.size())
+        return Received::Nothing;
+    packet.resize(static_cast<size_t>(length));
+    return Received::Packet;
+}
+
+short waitFor(int fd, short events, int wakeFd, int timeoutMs)
+{
+    pollfd both[] = {{wakeFd, POLLIN, 0}, {fd, events, 0}};
+    return poll(both, 2, timeoutMs) > 0 ? both[1].revents : short(0);
+}

@@ -1,0 +1,33 @@
+#include "platform/host/commif/SocketPath.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdlib>
+
+namespace {
+
+constexpr char kSocketName[] = "/quadplayer-commif.sock";
+constexpr char kPrivateFolder[] = "/tmp/quadplayer-";
+constexpr mode_t kOwnerOnly = 0700;
+constexpr mode_t kOthers = 0077;
+
+// Anyone may have made the folder before: it is used only if it is no link, ours and closed.
+bool isPrivate(const std::string& folder)
+{
+    struct stat info = {};
+    return lstat(folder.c_str(), &info) == 0 && S_ISDIR(info.st_mode) && info.st_uid == geteuid() &&
+           (info.st_mode & kOthers) == 0;
+}
+
+} // namespace
+
+std::string commSocketPath()
+{
+    const char* runtime = std::getenv("XDG_RUNTIME_DIR"); // NOLINT(concurrency-mt-unsafe)
+    if (runtime && *runtime)
+        return std::string(runtime) + kSocketName;
+    const std::string folder = kPrivateFolder + std::to_string(geteuid());
+    mkdir(folder.c_str(), kOwnerOnly);
+    return isPrivate(folder) ? folder + kSocketName : std::string();
+}
