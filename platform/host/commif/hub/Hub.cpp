@@ -27,9 +27,10 @@ Hub::Hub(FileDescriptor listener, FileDescriptor stop, const HubOptions& options
 
 void Hub::run()
 {
-    while (waitForWork()) {
+    while (!m_bQuit && waitForWork()) {
         readPlayers();
-        acceptPlayers();
+        acceptPlayers(); // before the commands: they are meant for whoever is there by now
+        readCommands();
     }
     readPlayers(); // what a player said before the hub was told to end still counts
 }
@@ -41,11 +42,9 @@ bool Hub::waitForWork()
                                {m_listener.get(), POLLIN, 0}};
     for (const FileDescriptor& player : m_vecPlayers)
         all.push_back({player.get(), POLLIN | POLLRDHUP, 0});
-    if (poll(all.data(), all.size(), -1) < 0)
-        return errno == EINTR;
-    if (all[1].revents != 0)
-        readCommands();
-    return all[0].revents == 0 && !m_bQuit;
+    const bool failed = poll(all.data(), all.size(), -1) < 0;
+    m_bInputReady = !failed && all[1].revents != 0;
+    return failed ? errno == EINTR : all[0].revents == 0;
 }
 
 void Hub::acceptPlayers()
@@ -89,6 +88,8 @@ bool Hub::readPlayer(const FileDescriptor& player)
 
 void Hub::readCommands()
 {
+    if (!m_bInputReady)
+        return;
     for (const std::string& line : m_input.readLines()) {
         if (line.find_first_not_of(' ') == std::string::npos)
             continue;

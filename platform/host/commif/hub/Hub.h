@@ -32,5 +32,6 @@ private:
     std::vector<FileDescriptor> m_vecPlayers;
     LineReader m_input;
     bool m_bPrompt;
+    bool m_bInputReady = false;
     bool m_bQuit = false;
 };
