@@ -1,0 +1,226 @@
+// The link through the library's stand-in, with the real hub at the other end.
+#include "comm/CInnerCommunication.h"
+#include "tests/comm/HubProcess.h"
+#include "tests/comm/PacketBuilder.h"
+
+#include <QTimer>
+#include <QtTest>
+
+#include <memory>
+#include <mutex>
+
+namespace {
+
+const QByteArray kSuccess = "inner communication init success.";
+const QByteArray kFailure = "inner communication init failed. errno=1.";
+const QByteArray kClosed = "inner communication exit successfully.";
+const QByteArray kHeadError = "TlvPacket_ReadHead error.";
+const QByteArray kAppSwitch = "received type=1 tag=1 value=8 tag=2 value=1\n";
+
+// The lines of the debug stream since the last look, whichever thread wrote them.
+class DebugLines
+{
+public:
+    DebugLines()
+    {
+        take();
+        qInstallMessageHandler(keep);
+    }
+    ~DebugLines() { qInstallMessageHandler(nullptr); }
+    static QList<QByteArray> take()
+    {
+        const std::lock_guard<std::mutex> lock(s_lock);
+        return std::exchange(s_lines, {});
+    }
+
+private:
+    static void keep(QtMsgType, const QMessageLogContext&, const QString& line)
+    {
+        const std::lock_guard<std::mutex> lock(s_lock);
+        s_lines << line.toUtf8();
+    }
+    static inline std::mutex s_lock;
+    static inline QList<QByteArray> s_lines;
+};
+
+// A link as its owner keeps it, counting exit requests on the thread of the test.
+struct Link
+{
+    Link()
+    {
+        QObject::connect(&comm, &CInnerCommunication::sgAppExit, &receiver, [this] { ++requests; });
+    }
+    ~Link() { comm.exitInnerComm(); }
+    QTimer* timer() const { return comm.findChild<QTimer*>(); }
+    bool hasRequests(int count) const
+    {
+        return QTest::qWaitFor([&] { return requests >= count; }, kLimitMs);
+    }
+
+    QObject receiver;
+    int requests = 0;
+    CInnerCommunication comm;
+};
+
+} // namespace
+
+class tst_inner_communication : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init() { m_lines = std::make_unique<DebugLines>(); }
+    void cleanup() { m_lines.reset(); }
+    void lateHub(); // the first: a process reports five failures
+    void neverSetUp();
+    void receive_data();
+    void receive();
+    void appSwitch();
+    void hubGoneAndBack();
+    void flood();
+    void exitDuringFlood();
+
+private:
+    RuntimeFolder m_folder;
+    std::unique_ptr<DebugLines> m_lines;
+};
+
+void tst_inner_communication::lateHub()
+{
+    Link link;
+    QCOMPARE(link.timer()->interval(), 1000);
+    QVERIFY(!link.timer()->isActive());
+    link.timer()->setInterval(10);
+    QSignalSpy retries(link.timer(), SIGNAL(timeout()));
+    link.comm.initInnerComm();
+    QVERIFY(!link.comm.isInited());
+    QTRY_VERIFY_WITH_TIMEOUT(retries.count() >= 6, kLimitMs);
+    QCOMPARE(DebugLines::take(),
+             QList<QByteArray>({kFailure, kFailure, kFailure, kFailure, kFailure}));
+
+    HubProcess hub;
+    QTRY_VERIFY_WITH_TIMEOUT(link.comm.isInited(), kLimitMs);
+    QVERIFY(!link.timer()->isActive());
+    QCOMPARE(DebugLines::take(), QList<QByteArray>{kSuccess});
+}
+
+void tst_inner_communication::neverSetUp()
+{
+    {
+        Link link;
+        link.timer()->setInterval(3600 * 1000);
+        link.comm.initInnerComm();
+        QVERIFY(link.timer()->isActive());
+        HubProcess hub;
+        link.comm.slotAppSwitch();
+        link.comm.exitInnerComm();
+        QCOMPARE(hub.end(), 0);
+        QVERIFY(!hub.output().contains("player connected"));
+    }
+    QCOMPARE(DebugLines::take(), QList<QByteArray>());
+}
+
+void tst_inner_communication::receive_data()
+{
+    QTest::addColumn<QByteArray>("bytes");
+    QTest::addColumn<int>("requests");
+    QTest::addColumn<bool>("headError");
+    const auto row = [](const char* name, const QByteArray& bytes, int requests, bool bad = false) {
+        QTest::newRow(name) << bytes << requests << bad;
+    };
+    const QByteArray request = item(3, u32(8));
+    row("exit request", packet(2, item(1, u32(8)) + request), 1);
+    row("mask without the exit bit", packet(2, item(3, u32(7))), 0);
+    row("all bits set", packet(2, item(3, u32(0xFFFFFFFF))), 1);
+    row("short value before a request", packet(2, item(3, u16(8)) + request), 0);
+    row("short value after a request", packet(2, request + item(3, u16(8)) + request), 1);
+    row("two requests", packet(2, request + request), 2);
+    row("request at an odd address", packet(2, item(9, "x") + request), 1);
+    row("type 1", packet(1, request), 0);
+    row("type 0xFFFF", packet(0xFFFF, request), 0);
+    row("no items", packet(2), 0);
+    row("cut inside the value", packet(2, request).chopped(2), 0, true);
+    row("empty", "", 0, true);
+    row("garbage", QByteArray(500, '\xFF'), 0, true);
+}
+
+// A request of its own follows each packet and shows that the packet has been worked off.
+void tst_inner_communication::receive()
+{
+    QFETCH(QByteArray, bytes);
+    QFETCH(int, requests);
+    QFETCH(bool, headError);
+    HubProcess hub;
+    Link link;
+    link.comm.initInnerComm();
+    QVERIFY(hub.waitFor("player connected"));
+    hub.type("raw " + bytes.toHex());
+    hub.type("exit-request");
+    QVERIFY(link.hasRequests(requests + 1));
+    QCOMPARE(link.requests, requests + 1);
+    QCOMPARE(DebugLines::take().count(kHeadError), headError ? 1 : 0);
+}
+
+void tst_inner_communication::appSwitch()
+{
+    HubProcess hub;
+    {
+        Link link;
+        link.comm.initInnerComm();
+        link.comm.slotAppSwitch();
+    }
+    QCOMPARE(DebugLines::take(), QList<QByteArray>({kSuccess, kClosed}));
+    QVERIFY(hub.waitFor("player left"));
+    QCOMPARE(hub.output().count(kAppSwitch), 1);
+    QCOMPARE(hub.output().count("received"), 1);
+}
+
+// The link stays up in the eyes of its owner: a message is lost while the hub is away, and gets
+// through once it is back.
+void tst_inner_communication::hubGoneAndBack()
+{
+    Link link;
+    {
+        HubProcess hub;
+        link.comm.initInnerComm();
+        hub.kill();
+    }
+    link.comm.slotAppSwitch();
+    QVERIFY(link.comm.isInited());
+    QVERIFY(!link.timer()->isActive());
+    HubProcess hub;
+    QVERIFY(hub.waitFor("player connected"));
+    QVERIFY(!hub.output().contains("received"));
+    QTRY_VERIFY_WITH_TIMEOUT((link.comm.slotAppSwitch(), hub.output().contains(kAppSwitch)),
+                             kLimitMs);
+    QCOMPARE(DebugLines::take(), QList<QByteArray>{kSuccess});
+}
+
+void tst_inner_communication::flood()
+{
+    HubProcess hub({"flood 10000"});
+    Link link;
+    link.comm.initInnerComm();
+    QVERIFY(link.hasRequests(10000));
+    QVERIFY(hub.waitFor("sent 10000 of 10000\n"));
+    hub.type("exit-request");
+    QVERIFY(link.hasRequests(10001));
+    QCOMPARE(link.requests, 10001);
+}
+
+void tst_inner_communication::exitDuringFlood()
+{
+    for (int round = 0; round < 10; ++round) {
+        HubProcess hub({"flood 10000"});
+        auto link = std::make_unique<Link>();
+        link->comm.initInnerComm();
+        QVERIFY(link->hasRequests(1));
+        link->comm.slotAppSwitch();
+        link.reset();
+        QVERIFY(hub.waitFor("player left"));
+        QCOMPARE(hub.output().count(kAppSwitch), 1);
+    }
+}
+
+QTEST_GUILESS_MAIN(tst_inner_communication)
+#include "tst_inner_communication.moc"
