@@ -1,2 +1,101 @@
 #!/bin/sh
-mkdir -p "$1" && touch "$1/.made"
+# make-clips.sh DIR: makes the clips that the tests play into DIR. Each is written beside its
+# place and moved, so an interrupted run leaves no half clip; .made comes last.
+#
+#   talking.mp4           3 s, 320x240, 25 fps H.264 with a 440 Hz tone in AAC
+#   silent.mp4            2 s, 320x240, 30 fps H.264, no audio: 60 frames
+#   bframes.avi           2 s, 320x240, 25 fps MPEG-4 with B-frames: 50 frames, but 48 decoded
+#                         timestamps, for AVI knows no presentation times
+#   long.mp4              80 s, 160x120, 5 fps H.264, a key frame every 2 s, no audio
+#   quads.mp4             1 s, 320x240, 25 fps H.264, still: red upper left, green upper right,
+#                         blue lower left, yellow lower right
+#   odd.avi               1 s, 53x41, 10 fps MJPEG: both sizes odd
+#   tiny.avi              1 s, 1x1, 10 fps raw I420, red: the smallest picture (in Matroska,
+#                         which takes any size; GStreamer goes by content, not by name)
+#   damaged.mp4           silent.mp4 with zeros for pictures: starts, then ends in an error
+#   notvideo.mp4          a text
+#   empty.mp4             0 bytes
+#   名 mit Ümlaut.mp4     silent.mp4 under a name with blanks and characters beyond ASCII
+set -eu
+
+dir=${1:?usage: make-clips.sh DIR}
+mkdir -p "$dir"
+work=$dir/.work
+rm -rf "$work" "$dir/.made"
+mkdir "$work"
+
+launch() {
+    # gst-launch speaks on stdout; what it says matters only when it fails.
+    timeout 60 gst-launch-1.0 -q "$@" >"$work/log" 2>&1 || {
+        cat "$work/log" >&2
+        echo "make-clips.sh: could not make a clip: $*" >&2
+        exit 1
+    }
+}
+
+keep() {
+    mv "$work/$1" "$dir/$1"
+}
+
+# raw FORMAT WIDTH HEIGHT FPS
+raw() {
+    echo "video/x-raw,format=$1,width=$2,height=$3,framerate=$4/1"
+}
+
+# One thread: every machine makes the same clip.
+h264="x264enc threads=1 speed-preset=veryfast"
+
+launch videotestsrc num-buffers=75 pattern=ball ! "$(raw I420 320 240 25)" ! $h264 ! h264parse \
+    ! mp4mux name=mux ! filesink location="$work/talking.mp4" \
+    audiotestsrc num-buffers=130 samplesperbuffer=1024 freq=440 volume=0.1 \
+    ! audio/x-raw,rate=44100,channels=1 ! audioconvert ! avenc_aac ! aacparse ! mux.
+keep talking.mp4
+
+launch videotestsrc num-buffers=60 pattern=ball ! "$(raw I420 320 240 30)" ! $h264 ! h264parse \
+    ! mp4mux ! filesink location="$work/silent.mp4"
+keep silent.mp4
+
+launch videotestsrc num-buffers=50 pattern=ball ! "$(raw I420 320 240 25)" \
+    ! avenc_mpeg4 max-bframes=2 gop-size=6 bitrate=400000 ! avimux ! filesink location="$work/bframes.avi"
+keep bframes.avi
+
+launch videotestsrc num-buffers=400 pattern=ball ! "$(raw I420 160 120 5)" \
+    ! $h264 key-int-max=10 ! h264parse ! mp4mux ! filesink location="$work/long.mp4"
+keep long.mp4
+
+quarter() {
+    echo "videotestsrc num-buffers=25 pattern=solid-color foreground-color=$1 \
+        ! $(raw I420 160 120 25) ! pads.$2"
+}
+launch compositor name=pads \
+    sink_1::xpos=160 sink_2::ypos=120 sink_3::xpos=160 sink_3::ypos=120 \
+    ! "$(raw I420 320 240 25)" ! $h264 quantizer=10 pass=quant ! h264parse \
+    ! mp4mux ! filesink location="$work/quads.mp4" \
+    $(quarter 0xffff0000 sink_0) $(quarter 0xff00ff00 sink_1) \
+    $(quarter 0xff0000ff sink_2) $(quarter 0xffffff00 sink_3)
+keep quads.mp4
+
+launch videotestsrc num-buffers=10 ! "$(raw I420 53 41 10)" ! jpegenc ! avimux \
+    ! filesink location="$work/odd.avi"
+keep odd.avi
+
+launch videotestsrc num-buffers=10 pattern=red ! "$(raw I420 1 1 10)" ! matroskamux \
+    ! filesink location="$work/tiny.avi"
+keep tiny.avi
+
+# The index at the end stays; the pictures it points to, from behind the first headers, become
+# zeros.
+index=$(grep -abo moov "$dir/silent.mp4" | head -n 1 | cut -d : -f 1)
+cp "$dir/silent.mp4" "$work/damaged.mp4"
+dd if=/dev/zero of="$work/damaged.mp4" bs=1 seek=64 count=$((index - 70)) conv=notrunc 2>"$work/log"
+keep damaged.mp4
+
+echo "This is a text that only calls itself a video." >"$work/notvideo.mp4"
+keep notvideo.mp4
+: >"$work/empty.mp4"
+keep empty.mp4
+cp "$dir/silent.mp4" "$work/名 mit Ümlaut.mp4"
+keep "名 mit Ümlaut.mp4"
+
+rm -r "$work"
+touch "$dir/.made"
