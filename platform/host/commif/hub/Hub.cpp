@@ -32,6 +32,7 @@ void Hub::run()
         acceptPlayers(); // before the commands: they are meant for whoever is there by now
         readCommands();
     }
+    acceptPlayers();
     readPlayers(); // what a player said before the hub was told to end still counts
 }
 
