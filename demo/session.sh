@@ -15,7 +15,7 @@ fi
 
 end_session() {
     for process in $player $hub; do
-        kill -INT "$process" 2>/dev/null || true
+        kill -TERM "$process" 2>/dev/null || true
     done
     wait
     [ -z "${made_runtime_dir:-}" ] || rm -rf "$made_runtime_dir"
@@ -23,7 +23,7 @@ end_session() {
 trap end_session EXIT
 
 start_player() {
-    "$demo/quadplayer-hub" >"$hub_log" 2>&1 </dev/null &
+    "$demo/quadplayer-hub" --no-prompt >"$hub_log" 2>&1 &
     hub=$!
     "$demo/quadplayer" "$@" >"$player_log" 2>&1 &
     player=$!
