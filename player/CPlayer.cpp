@@ -175,6 +175,12 @@ void CPlayer::seekTo(qint64 target)
     m_bAcceptSamples = true;
 }
 
+bool CPlayer::isStarting() const
+{
+    return m_bPlaying &&
+           gst_element_get_state(m_pPipeline, nullptr, nullptr, 0) == GST_STATE_CHANGE_ASYNC;
+}
+
 qint64 CPlayer::queryDuration() const
 {
     gint64 duration = kUnknown;

@@ -55,6 +55,7 @@ public:
     qint64 queryPosition() const; // ns, -1: unknown; runs ahead of the picture by the frames stored
 
     bool isPlaying() const { return m_bPlaying; } // a file is loaded, playing or paused
+    bool isStarting() const; // a file was started and nothing of it has reached the sinks yet
 
 signals:
     void sgPlayError();    // streaming thread, or GUI thread inside a state change

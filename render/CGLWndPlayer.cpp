@@ -31,8 +31,6 @@ constexpr int kSmallLabel = 30;
 constexpr int kLargeLabel = 50;
 constexpr int kLabelGap = 10;
 
-constexpr std::array<GLubyte, 4> kBlack = {0, 0, 0, 255};
-
 size_t bytesOf(int width, int height)
 {
     return static_cast<size_t>(width) * static_cast<size_t>(height);
@@ -93,7 +91,7 @@ void CGLWndPlayer::setSwitch(const int& n)
 
 void CGLWndPlayer::forgetPicture()
 {
-    m_bForget = true;
+    m_bPicture = false;
 }
 
 void CGLWndPlayer::resizeGL(int w, int h)
@@ -108,10 +106,14 @@ void CGLWndPlayer::paintGL()
     m_pVideoProgram->setUniformValue(m_nSwitchUniform, m_nSwitch);
     m_pVideoProgram->setUniformValue(m_nVideoUniform, static_cast<GLint>(m_bVideo));
     glActiveTexture(GL_TEXTURE0);
-    glBindTexture(GL_TEXTURE_2D, m_nVideoTexture);
-
     const Frame frame = pendingFrame();
-    refreshTexture(frame);
+    if (frame.isNew) {
+        uploadFrame(GL_TEXTURE0, m_nVideoTexture, frame.width, frame.height, frame.data,
+                    frame.phys);
+        m_bPicture = true;
+    }
+    // Texture 0 has no picture, which is sampled as black.
+    glBindTexture(GL_TEXTURE_2D, m_bPicture ? m_nVideoTexture : 0);
     drawQuad();
     if (frame.isNew)
         wakeFrameDrawn();
@@ -123,17 +125,6 @@ CGLWndPlayer::Frame CGLWndPlayer::pendingFrame()
 {
     const QMutexLocker lock(m_pMutex);
     return {m_pFrameData, m_nFramePhys, m_nFrameWidth, m_nFrameHeight, m_bNewFrame};
-}
-
-void CGLWndPlayer::refreshTexture(const Frame& frame)
-{
-    if (frame.isNew) {
-        uploadFrame(GL_TEXTURE0, m_nVideoTexture, frame.width, frame.height, frame.data,
-                    frame.phys);
-    } else if (m_bForget) {
-        blackenTexture();
-    }
-    m_bForget = false;
 }
 
 void CGLWndPlayer::uploadFrame(GLenum textureUnit, GLuint texture, int width, int height,
@@ -155,11 +146,6 @@ void CGLWndPlayer::uploadFrame(GLenum textureUnit, GLuint texture, int width, in
         glTexDirectVIVMap(GL_TEXTURE_2D, width, height, m_eFrameFormat, &logical, &physical);
     }
     glTexDirectInvalidateVIV(GL_TEXTURE_2D);
-    setTextureParameters();
-}
-
-void CGLWndPlayer::setTextureParameters()
-{
     glTexParameterf(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR);
     glTexParameterf(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
     glTexParameterf(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE);
@@ -177,12 +163,6 @@ void CGLWndPlayer::copyFrame(int width, int height, const unsigned char* pVirtAd
         std::memcpy(planes[0], pVirtAddr, pixels);
         std::memcpy(planes[1], pVirtAddr + pixels, pixels / 2);
     }
-}
-
-void CGLWndPlayer::blackenTexture()
-{
-    glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, 1, 1, 0, GL_RGBA, GL_UNSIGNED_BYTE, kBlack.data());
-    setTextureParameters();
 }
 
 void CGLWndPlayer::drawQuad()

@@ -42,7 +42,7 @@ public:
     int viewMode() const { return m_nSwitch; }
 
     void wakeFrameDrawn(); // ends a waiting hand-off; its frame counts as drawn
-    void forgetPicture();  // from the next paint on black stands where the last frame was
+    void forgetPicture();  // from the next paint to the next frame the picture is black
 
     bool m_bVideo = false; // video is on; grey without labels while false
 
@@ -71,12 +71,9 @@ private:
 
     void waitFrameDrawn(); // worker; called locked
     Frame pendingFrame();
-    void refreshTexture(const Frame& frame);
     void uploadFrame(GLenum textureUnit, GLuint texture, int width, int height,
                      unsigned char* pVirtAddr, unsigned long nPhysAddr);
     void copyFrame(int width, int height, const unsigned char* pVirtAddr);
-    void blackenTexture();
-    void setTextureParameters();
     void drawQuad();
     void drawLabels();
     void drawViewLabel();
@@ -100,7 +97,7 @@ private:
 
     int m_nSwitch = 0;        // GUI thread
     bool m_bNewFrame = false; // under m_pMutex
-    bool m_bForget = false;   // GUI thread: the texture's picture is not to be shown again
+    bool m_bPicture = false;  // GUI thread: the texture holds a frame that may be shown
 
     QMutex* m_pMutex;
     QWaitCondition* m_pWaitCond;
