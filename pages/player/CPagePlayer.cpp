@@ -1,0 +1,259 @@
+#include "pages/player/CPagePlayer.h"
+
+#include "app/common/CPlayerDatas.h"
+#include "app/common/globals.h"
+#include "pages/player/CPagePlayerControl.h"
+#include "player/CPlayer.h"
+#include "player/EngineClock.h"
+#include "render/CGLWndPlayer.h"
+
+#include <QTimer>
+
+namespace {
+
+constexpr int kControlBarHeight = 80; // px
+constexpr int kHideTickMs = 50;
+constexpr int kLongestStartMs = 5000;
+constexpr qint64 kBarStaysUs = 9999999;
+constexpr float kNsPerSecond = 1000000000.0F;
+constexpr qint64 kUnknown = -1;
+
+int wholeSeconds(qint64 ns)
+{
+    return static_cast<int>(static_cast<float>(ns) / kNsPerSecond + 0.5F);
+}
+
+} // namespace
+
+CPagePlayer::CPagePlayer(QWidget* parent) : QWidget(parent), m_nBarStaysUs(kBarStaysUs)
+{
+    placeInside(*parent);
+    createSurface();
+    createControlBar();
+    connectControlBar();
+    createEngine();
+    connectEngine();
+    createHideTimer();
+    createStartTimer();
+}
+
+// The engine goes first: its worker hands frames to the surface.
+CPagePlayer::~CPagePlayer()
+{
+    delete m_pPlayer;
+    m_pPlayer = nullptr;
+}
+
+void CPagePlayer::placeInside(const QWidget& parent)
+{
+    const int left = g_nMarginLeft + g_nPaddingLeft;
+    const int top = g_nMarginTop + g_nPaddingTop;
+    const int right = g_nMarginRight + g_nPaddingRight;
+    const int bottom = g_nMarginBottom + g_nPaddingBottom;
+    setGeometry(left, top, parent.width() - left - right, parent.height() - top - bottom);
+}
+
+void CPagePlayer::createSurface()
+{
+    m_pGLWndPlayer = new CGLWndPlayer(this);
+    m_pGLWndPlayer->setGeometry(0, 0, width(), height());
+    m_pGLWndPlayer->show();
+}
+
+void CPagePlayer::createControlBar()
+{
+    m_pPlayerControl = new CPagePlayerControl(this);
+    m_pPlayerControl->setGeometry(0, height() - kControlBarHeight, width(), kControlBarHeight);
+    m_pPlayerControl->raise();
+    m_pPlayerControl->show();
+}
+
+void CPagePlayer::connectControlBar()
+{
+    connect(m_pPlayerControl, SIGNAL(sgCmdPlay()), this, SLOT(slotCmdPlay()));
+    connect(m_pPlayerControl, SIGNAL(sgCmdStop()), this, SLOT(slotCmdStop()));
+    connect(m_pPlayerControl, SIGNAL(sgCmdBackward()), this, SLOT(slotCmdBackward()));
+    connect(m_pPlayerControl, SIGNAL(sgCmdForward()), this, SLOT(slotCmdForward()));
+    connect(m_pPlayerControl, SIGNAL(sgCmdBack()), this, SIGNAL(sgBackToPagePlayerList()));
+    connect(m_pPlayerControl, SIGNAL(sgKeyEventUpdate()), this, SLOT(slotKeyEventUpdate()));
+}
+
+void CPagePlayer::createEngine()
+{
+    m_pPlayer = new CPlayer(CGLWndPlayer::OnVideoData, m_pGLWndPlayer);
+    m_pPlayer->initPipeline();
+}
+
+void CPagePlayer::connectEngine()
+{
+    connect(m_pPlayer, SIGNAL(sgPlayFinished()), this, SLOT(slotPlayInMultiFileMode()));
+    connect(m_pPlayer, SIGNAL(sgPlayError()), this, SLOT(slotCmdStop()));
+    connect(m_pPlayer, SIGNAL(sgUpdateData()), this, SLOT(slotUpdateData()));
+    connect(m_pPlayer, SIGNAL(sgSendPlayingState(bool, bool)), this,
+            SLOT(slotUpdatePlayingState(bool, bool)));
+    connect(m_pPlayer, SIGNAL(sgRestartPlay()), this, SLOT(slotRestartPlay()));
+}
+
+void CPagePlayer::createHideTimer()
+{
+    m_pHideTimer = new QTimer(this);
+    m_pHideTimer->setInterval(kHideTickMs);
+    connect(m_pHideTimer, SIGNAL(timeout()), this, SLOT(slotHidePagePlayerControl()));
+}
+
+// The pipeline drops an error that a demuxer reports while it is still being plugged in; such a
+// file would then start for ever.
+void CPagePlayer::createStartTimer()
+{
+    m_pStartTimer = new QTimer(this);
+    m_pStartTimer->setSingleShot(true);
+    m_pStartTimer->setInterval(kLongestStartMs);
+    connect(m_pStartTimer, SIGNAL(timeout()), this, SLOT(slotCheckStart()));
+}
+
+void CPagePlayer::enterPage()
+{
+    m_nLastEventTimeUs = currentTimeUs();
+    m_pHideTimer->start();
+    m_pPlayerControl->showControl();
+    // Showing the page does not repaint a surface that has been painted before: a hand-off that
+    // came in meanwhile would wait for ever. Queued, so that it comes after the page is shown.
+    QMetaObject::invokeMethod(m_pGLWndPlayer, "update", Qt::QueuedConnection);
+}
+
+void CPagePlayer::leavePage()
+{
+    if (m_pHideTimer->isActive())
+        m_pHideTimer->stop();
+    stopPlayback();
+    showVideo(false);
+    CPlayerDatas::getInstance()->clearFiles();
+    m_pPlayerControl->resetTime();
+    m_pPlayerControl->raise();
+    m_pPlayerControl->show();
+    m_pGLWndPlayer->wakeFrameDrawn();
+}
+
+void CPagePlayer::slotPlayInMultiFileMode()
+{
+    CPlayerDatas* files = CPlayerDatas::getInstance();
+    if (files->isEmpty() || endedBeforeNow())
+        return;
+    files->next();
+    if (files->isEnd()) {
+        emit sgBackToPagePlayerList();
+        return;
+    }
+    stopPlayback();
+    showVideo(true);
+    m_pPlayerControl->resetTime();
+    const QByteArray path = files->currentFile().toLocal8Bit();
+    startPlayback([&] { m_pPlayer->playFile(path.constData()); });
+}
+
+// An end of stream may still be queued when its file is stopped by an error or by the user; then it
+// must not start the next file.
+bool CPagePlayer::endedBeforeNow() const
+{
+    return sender() == m_pPlayer && !m_pPlayer->isPlaying();
+}
+
+// A missing file is reported inside the call that starts it, when there is nothing to stop yet;
+// the call then goes on to report that it plays. So what was asked for is done again afterwards.
+template <typename Start> void CPagePlayer::startPlayback(Start start)
+{
+    m_bStopAsked = false;
+    m_pStartTimer->start();
+    start();
+    if (m_bStopAsked)
+        slotCmdStop();
+}
+
+// The stopped file's last picture must not stand in for the next one's first.
+void CPagePlayer::stopPlayback()
+{
+    m_pPlayer->stop();
+    m_pGLWndPlayer->forgetPicture();
+}
+
+void CPagePlayer::showVideo(bool on)
+{
+    m_pGLWndPlayer->m_bVideo = on;
+    m_pGLWndPlayer->update();
+}
+
+void CPagePlayer::selectView(int view)
+{
+    m_pGLWndPlayer->setSwitch(view);
+    m_pGLWndPlayer->update();
+}
+
+void CPagePlayer::slotHidePagePlayerControl()
+{
+    if (currentTimeUs() - m_nLastEventTimeUs <= m_nBarStaysUs || !m_pPlayerControl->isVisible())
+        return;
+    m_pPlayerControl->hideControl();
+    m_pGLWndPlayer->raise();
+    // A hidden button would keep the focus and act on Space; here a key only shows the bar again.
+    setFocus(Qt::OtherFocusReason);
+}
+
+void CPagePlayer::slotUpdateData()
+{
+    const qint64 duration = m_pPlayer->queryDuration();
+    const qint64 position = m_pPlayer->queryPosition();
+    if (duration != kUnknown)
+        m_pPlayerControl->setDuration(wholeSeconds(duration));
+    if (position != kUnknown)
+        m_pPlayerControl->setPosition(wholeSeconds(position));
+}
+
+void CPagePlayer::slotUpdatePlayingState(bool bPlaying, bool bPause)
+{
+    m_pPlayerControl->updatePlayingState(bPlaying, bPause);
+}
+
+void CPagePlayer::slotRestartPlay()
+{
+    m_pGLWndPlayer->setSwitch(0);
+    showVideo(true);
+}
+
+void CPagePlayer::slotKeyEventUpdate()
+{
+    m_nLastEventTimeUs = currentTimeUs();
+}
+
+void CPagePlayer::slotCmdPlay()
+{
+    startPlayback([this] { m_pPlayer->playPause(); });
+}
+
+void CPagePlayer::slotCmdStop()
+{
+    m_bStopAsked = true;
+    stopPlayback();
+    showVideo(false);
+}
+
+void CPagePlayer::slotCheckStart()
+{
+    if (m_pPlayer->isStarting())
+        slotCmdStop();
+}
+
+void CPagePlayer::slotCmdBackward()
+{
+    m_pPlayer->seekBackward();
+}
+
+void CPagePlayer::slotCmdForward()
+{
+    m_pPlayer->seekForward();
+}
+
+void CPagePlayer::showPagePlayerControl()
+{
+    if (m_pPlayerControl->isHidden())
+        m_pPlayerControl->showControl();
+}

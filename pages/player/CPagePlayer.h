@@ -1,0 +1,76 @@
+// The page on which video is watched: the video surface over its whole area, the control bar over
+// the bottom of it, and the engine. It walks the play list, hides the bar when no one is active,
+// and lets the user choose a view by digit keys or taps. GUI thread only; the engine's signals from
+// other threads arrive queued.
+#pragma once
+
+#include <QWidget>
+
+class CGLWndPlayer;
+class CPagePlayerControl;
+class CPlayer;
+class QTimer;
+
+class CPagePlayer : public QWidget
+{
+    Q_OBJECT
+
+public:
+    explicit CPagePlayer(QWidget* parent); // places itself by the insets of globals.h
+    ~CPagePlayer() override;
+
+    void enterPage(); // before the page is shown
+    void leavePage(); // before it is hidden: stops playback and empties the play list
+    void showPagePlayerControl();
+    void setBarStaysUs(qint64 us) { m_nBarStaysUs = us; } // after the last activity
+
+signals:
+    void sgBackToPagePlayerList();
+
+public slots:
+    void slotPlayInMultiFileMode(); // plays the next file of the play list
+    void slotHidePagePlayerControl();
+    void slotUpdateData();
+    void slotUpdatePlayingState(bool bPlaying, bool bPause);
+    void slotRestartPlay();
+    void slotKeyEventUpdate();
+
+protected:
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseReleaseEvent(QMouseEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void keyReleaseEvent(QKeyEvent* event) override;
+
+private slots:
+    void slotCmdPlay();
+    void slotCmdStop();
+    void slotCmdBackward();
+    void slotCmdForward();
+    void slotCheckStart();
+
+private:
+    void placeInside(const QWidget& parent);
+    void createSurface();
+    void createControlBar();
+    void connectControlBar();
+    void createEngine();
+    void connectEngine();
+    void createHideTimer();
+    void createStartTimer();
+
+    bool endedBeforeNow() const;
+    template <typename Start> void startPlayback(Start start);
+    void stopPlayback();
+    void showVideo(bool on);
+    void selectView(int view);
+    int quarterAt(const QPointF& position) const;
+
+    CGLWndPlayer* m_pGLWndPlayer = nullptr;
+    CPagePlayerControl* m_pPlayerControl = nullptr;
+    CPlayer* m_pPlayer = nullptr; // no Qt parent; deleted by the destructor
+    QTimer* m_pHideTimer = nullptr;
+    qint64 m_nLastEventTimeUs = 0; // of currentTimeUs()
+    QTimer* m_pStartTimer = nullptr;
+    qint64 m_nBarStaysUs;      // the bar is hidden when more than this has passed
+    bool m_bStopAsked = false; // slotCmdStop() ran; looked at after a start
+};
