@@ -27,7 +27,7 @@ const Insets kInsets[] = {
 
 void store(const Insets& insets, const QString& value)
 {
-    const QStringList fields = value.split(QLatin1Char(','), Qt::KeepEmptyParts);
+    const QStringList fields = value.split(QLatin1Char(','));
     if (fields.size() != kEdges)
         return;
     for (int i = 0; i < kEdges; ++i)

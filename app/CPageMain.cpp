@@ -1,0 +1,111 @@
+#include "app/CPageMain.h"
+
+#include "app/common/CPlayerDatas.h"
+#include "app/common/globals.h"
+#include "comm/CInnerCommunication.h"
+#include "pages/list/CPagePlayerList.h"
+#include "pages/player/CPagePlayer.h"
+
+#include <QDebug>
+
+CPageMain::CPageMain(QWidget* parent) : QWidget(parent)
+{
+    coverScreen();
+    createLink();
+    createListPage();
+    createPlayerPage();
+    connectPages();
+    CPlayerDatas::getInstance();
+    paintBlack();
+    show();
+    takeKeys();
+}
+
+CPageMain::~CPageMain()
+{
+    m_pInnerComm->exitInnerComm();
+    delete m_pInnerComm;
+    m_pInnerComm = nullptr;
+    CPlayerDatas::releaseInstance();
+}
+
+void CPageMain::coverScreen()
+{
+    setWindowState(windowState() | Qt::WindowFullScreen);
+    setGeometry(0, 0, gScreenW, gScreenH);
+}
+
+void CPageMain::createLink()
+{
+    m_pInnerComm = new CInnerCommunication;
+    m_pInnerComm->initInnerComm();
+}
+
+void CPageMain::createListPage()
+{
+    m_pPagePlayerList = new CPagePlayerList(this);
+    m_pPagePlayerList->enterPage();
+    m_pPagePlayerList->setGeometry(0, 0, width(), height());
+    m_pPagePlayerList->show();
+    connect(m_pPagePlayerList, SIGNAL(sgExitApp()), this, SLOT(slotExitApp()));
+}
+
+void CPageMain::createPlayerPage()
+{
+    m_pPagePlayer = new CPagePlayer(this);
+    m_pPagePlayer->hide();
+}
+
+void CPageMain::connectPages()
+{
+    connect(m_pPagePlayerList, SIGNAL(sgSwitchToPagePlayer()), this,
+            SLOT(slotPagePlayerListToPagePlayer()));
+    connect(m_pPagePlayer, SIGNAL(sgBackToPagePlayerList()), this,
+            SLOT(slotPagePlayerToPagePlayerList()));
+    connect(m_pPagePlayerList, SIGNAL(sgStartToPlay()), m_pPagePlayer,
+            SLOT(slotPlayInMultiFileMode()));
+}
+
+void CPageMain::paintBlack()
+{
+    QPalette colours = palette();
+    colours.setBrush(QPalette::All, QPalette::Window, QBrush(Qt::black));
+    setAutoFillBackground(true);
+    setPalette(colours);
+}
+
+// Without a window manager no one activates the window, and the keys would go to the widget that
+// asked for the focus last: a button of the player page's bar, which is hidden.
+void CPageMain::takeKeys()
+{
+    activateWindow();
+    m_pPagePlayerList->placeFocus();
+}
+
+void CPageMain::slotExitApp()
+{
+    // Two requests can meet in one pass of the event loop; the device is told once.
+    const bool leaving = !isVisible();
+    if (!leaving && m_pInnerComm && m_pInnerComm->isInited())
+        m_pInnerComm->slotAppSwitch();
+    close();
+    emit sgAppExit();
+}
+
+void CPageMain::slotPagePlayerListToPagePlayer()
+{
+    qDebug() << "+++ CPageMain::slotPagePlayerListToPagePlayer() ...";
+    m_pPagePlayerList->leavePage();
+    m_pPagePlayerList->hide();
+    m_pPagePlayer->enterPage();
+    m_pPagePlayer->show();
+}
+
+void CPageMain::slotPagePlayerToPagePlayerList()
+{
+    qDebug() << "+++ CPageMain::slotPagePlayerToPagePlayerList() ...";
+    m_pPagePlayer->leavePage();
+    m_pPagePlayer->hide();
+    m_pPagePlayerList->enterPage();
+    m_pPagePlayerList->show();
+}

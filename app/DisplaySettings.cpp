@@ -1,0 +1,55 @@
+#include "app/DisplaySettings.h"
+
+#include "app/common/DevicePaths.h"
+#include "app/common/globals.h"
+#include "platform/SurfaceFormat.h"
+
+#include <QApplication>
+#include <QCursor>
+#include <QFont>
+#include <QFontDatabase>
+#include <QScreen>
+
+namespace {
+
+constexpr int kFontPixelSize = 20;
+constexpr int kDepthBits = 8;
+constexpr int kStencilBits = 8;
+constexpr int kSamples = 4;
+
+} // namespace
+
+void hidePointer()
+{
+    QApplication::setOverrideCursor(QCursor(Qt::BlankCursor));
+}
+
+void readScreenSize()
+{
+    const QRect desktop = QGuiApplication::primaryScreen()->virtualGeometry();
+    gScreenW = desktop.width();
+    gScreenH = desktop.height();
+}
+
+void loadApplicationFont()
+{
+    const QString path = QString::fromLocal8Bit(DevicePaths::kFont);
+    const int id = QFontDatabase::addApplicationFont(path);
+    if (id == -1)
+        return;
+    const QStringList families = QFontDatabase::applicationFontFamilies(id);
+    if (families.isEmpty())
+        return;
+    QFont font(families.first());
+    font.setPixelSize(kFontPixelSize);
+    QApplication::setFont(font);
+}
+
+void setDefaultSurfaceFormat()
+{
+    QSurfaceFormat format;
+    format.setDepthBufferSize(kDepthBits);
+    format.setStencilBufferSize(kStencilBits);
+    format.setSamples(kSamples);
+    QSurfaceFormat::setDefaultFormat(adaptPlatformSurfaceFormat(format));
+}

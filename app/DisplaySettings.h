@@ -1,0 +1,12 @@
+// Process-wide display settings made at start-up, on the GUI thread, after the application object
+// exists and before the first window.
+#pragma once
+
+void hidePointer();
+void readScreenSize(); // into gScreenW and gScreenH
+
+// Makes the device's font the application font; without its file the toolkit's default stays.
+void loadApplicationFont();
+
+// Depth, stencil and samples of every OpenGL surface, adapted to the platform.
+void setDefaultSurfaceFormat();
