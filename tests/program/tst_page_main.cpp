@@ -1,0 +1,297 @@
+// The window with both pages, driven by keys and taps.
+#include "app/CPageMain.h"
+#include "app/DisplaySettings.h"
+#include "app/common/CPlayerDatas.h"
+#include "app/common/PositionConfig.h"
+#include "app/common/globals.h"
+#include "pages/list/CPagePlayerList.h"
+#include "pages/player/CPagePlayer.h"
+#include "pages/player/CPagePlayerControl.h"
+#include "player/CPlayer.h"
+#include "render/CGLWndPlayer.h"
+#include "tests/program/TestDevice.h"
+
+#include <QApplication>
+#include <QLabel>
+#include <QListWidget>
+#include <QPushButton>
+#include <QtTest>
+
+#include <memory>
+
+namespace {
+
+constexpr int kLimitMs = 20000;
+const QColor kGrey(18, 18, 28);
+
+// The window of a device, with short names for what a test looks at.
+struct Window
+{
+    explicit Window(const QStringList& clips) : device(clips)
+    {
+        readPositionConfig();
+        open();
+    }
+    void open()
+    {
+        main = std::make_unique<CPageMain>(nullptr);
+        list = main->findChild<CPagePlayerList*>();
+        rows = list->findChild<QListWidget*>();
+        page = main->findChild<CPagePlayer*>();
+        bar = page->findChild<CPagePlayerControl*>();
+        surface = page->findChild<CGLWndPlayer*>();
+        time = bar->findChild<QLabel*>();
+        buttons = bar->findChildren<QPushButton*>();
+    }
+
+    static void key(Qt::Key key) { QTest::keyClick(QApplication::focusWidget(), key); }
+    void markAll() const
+    {
+        for (int row = 0; row < rows->count(); ++row) {
+            key(Qt::Key_Return);
+            key(Qt::Key_Down);
+        }
+    }
+    void play() const // the focus stands on Play behind the last row
+    {
+        markAll();
+        key(Qt::Key_Return);
+    }
+    bool shows(const QString& label) const
+    {
+        return QTest::qWaitFor([&] { return time->text().endsWith(label); }, kLimitMs);
+    }
+    bool onList() const
+    {
+        return QTest::qWaitFor([&] { return list->isVisible() && page->isHidden(); }, kLimitMs);
+    }
+    QColor colourAt(int x, int y) const { return surface->grabFramebuffer().pixelColor(x, y); }
+    void hideBar() const
+    {
+        page->setBarStaysUs(0);
+        QVERIFY(QTest::qWaitFor([&] { return bar->isHidden(); }, kLimitMs));
+        page->setBarStaysUs(3600LL * 1000000);
+    }
+
+    TestDevice device;
+    std::unique_ptr<CPageMain> main;
+    CPagePlayerList* list = nullptr;
+    QListWidget* rows = nullptr;
+    CPagePlayer* page = nullptr;
+    CPagePlayerControl* bar = nullptr;
+    CGLWndPlayer* surface = nullptr;
+    QLabel* time = nullptr;
+    QList<QPushButton*> buttons;
+};
+
+} // namespace
+
+class tst_page_main : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init() { g_bTwoKeyMode = false; }
+    void listHasTheKeysAtStart();
+    void exitHasTheKeysWithoutRows();
+    void playsMarkedFilesAndComesBack();
+    void failedFileLeavesTheIdlePage_data();
+    void failedFileLeavesTheIdlePage();
+    void viewShowsAtOnceWhilePaused();
+    void tapsChooseAView();
+    void keysOnlyBringTheBarBack_data();
+    void keysOnlyBringTheBarBack();
+    void stopShowsGreyBehindHiddenBar();
+    void marginsInsetThePlayerPage();
+    void playWithoutMarksStaysIdle();
+};
+
+void tst_page_main::listHasTheKeysAtStart()
+{
+    const Window w({"silent.mp4", "talking.mp4"});
+    QTRY_COMPARE(QApplication::focusWidget(), w.rows);
+    QCOMPARE(w.rows->currentRow(), 0);
+    QVERIFY(w.page->isHidden());
+    QCOMPARE(w.main->geometry(), QRect(0, 0, gScreenW, gScreenH));
+}
+
+void tst_page_main::exitHasTheKeysWithoutRows()
+{
+    const Window w({});
+    QSignalSpy leaves(w.main.get(), SIGNAL(sgAppExit()));
+    QTRY_VERIFY(qobject_cast<QPushButton*>(QApplication::focusWidget()));
+    Window::key(Qt::Key_Return);
+    QCOMPARE(leaves.count(), 1);
+    QVERIFY(w.main->isHidden());
+}
+
+void tst_page_main::playsMarkedFilesAndComesBack()
+{
+    const Window w({"silent.mp4", "talking.mp4"});
+    QTRY_COMPARE(QApplication::focusWidget(), w.rows);
+    for (int round = 0; round < 2; ++round) {
+        w.play();
+        QVERIFY(w.page->isVisible() && w.list->isHidden());
+        QVERIFY(w.shows("/00:02"));
+        QVERIFY(w.colourAt(20, 20) != kGrey);
+        QVERIFY(w.shows("/00:03")); // the second file follows by itself
+        w.device.add("long.mp4");   // and the list is read anew
+        QVERIFY(w.onList());
+        QCOMPARE(w.rows->count(), 3);
+        QCOMPARE(QApplication::focusWidget(), w.rows);
+        QVERIFY(CPlayerDatas::getInstance()->isEmpty());
+        QFile::remove(w.device.path("long.mp4"));
+        w.list->enterPage();
+    }
+}
+
+void tst_page_main::failedFileLeavesTheIdlePage_data()
+{
+    QTest::addColumn<QString>("clip");
+    QTest::newRow("gone since it was listed") << "";
+    QTest::newRow("empty") << "empty.mp4";
+    QTest::newRow("text") << "notvideo.mp4";
+    QTest::newRow("damaged") << "damaged.mp4";
+}
+
+void tst_page_main::failedFileLeavesTheIdlePage()
+{
+    QFETCH(QString, clip);
+    const Window w({clip.isEmpty() ? "talking.mp4" : clip, "zlast.mp4"});
+    QTRY_COMPARE(QApplication::focusWidget(), w.rows);
+    if (clip.isEmpty())
+        QFile::remove(w.device.path("talking.mp4"));
+    w.play();
+    auto* engine = w.page; // its engine has no parent: its state shows on the page
+    QTRY_VERIFY_WITH_TIMEOUT(!w.surface->m_bVideo, kLimitMs);
+    QVERIFY(engine->isVisible());
+    QCOMPARE(w.time->text(), QStringLiteral("0:00:00/0:00:00"));
+    QCOMPARE(w.colourAt(20, 20), kGrey);
+
+    w.key(Qt::Key_Left); // from play/pause round to Back
+    w.key(Qt::Key_Return);
+    QVERIFY(w.onList());
+    w.device.add("silent.mp4");
+    w.list->enterPage();
+    w.rows->setCurrentRow(w.rows->count() - 1, QItemSelectionModel::NoUpdate);
+    QTest::mouseClick(
+        w.rows->viewport(), Qt::LeftButton, {},
+        w.rows->visualItemRect(w.rows->findItems("silent.mp4", Qt::MatchExactly)[0]).center());
+    QTest::mouseClick(w.list->findChildren<QPushButton*>().first(), Qt::LeftButton);
+    QVERIFY(w.shows("/00:02"));
+}
+
+void tst_page_main::viewShowsAtOnceWhilePaused()
+{
+    const Window w({"quads.mp4"});
+    QTRY_COMPARE(QApplication::focusWidget(), w.rows);
+    w.key(Qt::Key_3); // no file is loaded
+    w.play();
+    QTRY_VERIFY_WITH_TIMEOUT(w.colourAt(20, 20).red() > 150, kLimitMs);
+    w.key(Qt::Key_Return); // pause
+    QSignalSpy painted(w.surface, SIGNAL(frameSwapped()));
+    QVERIFY(QTest::qWaitFor([&] { return !painted.wait(300); },
+                            kLimitMs)); // frames in flight have passed
+    w.key(Qt::Key_3);
+    QTRY_VERIFY_WITH_TIMEOUT(painted.count() > 0, kLimitMs);
+    QCOMPARE(w.surface->viewMode(), 3);
+    QVERIFY(w.colourAt(20, 20).blue() > 150);
+    w.key(Qt::Key_7);
+    QCOMPARE(w.surface->viewMode(), 0);
+}
+
+void tst_page_main::tapsChooseAView()
+{
+    const Window w({"long.mp4"});
+    QTRY_COMPARE(QApplication::focusWidget(), w.rows);
+    w.play();
+    w.hideBar();
+    const QPoint lowerRight(w.page->width() / 2, w.page->height() / 2);
+    const QPoint upperLeft = lowerRight - QPoint(1, 1);
+    const QPoint onBar(w.page->width() - 20, w.page->height() - 5); // its background
+    QString views;
+    for (const QPoint& tap : {lowerRight, lowerRight, upperLeft, upperLeft, onBar, onBar}) {
+        QTest::mouseClick(w.page->childAt(tap), Qt::LeftButton, {},
+                          w.page->childAt(tap)->mapFrom(w.page, tap));
+        views += QString::number(w.surface->viewMode());
+    }
+    QCOMPARE(views, QStringLiteral("040140")); // the first only brings the bar back
+    QVERIFY(w.bar->isVisible());
+}
+
+void tst_page_main::keysOnlyBringTheBarBack_data()
+{
+    QTest::addColumn<int>("key");
+    QTest::newRow("Space") << int(Qt::Key_Space);
+    QTest::newRow("Return") << int(Qt::Key_Return);
+    QTest::newRow("Left") << int(Qt::Key_Left);
+    QTest::newRow("Escape") << int(Qt::Key_Escape);
+}
+
+void tst_page_main::keysOnlyBringTheBarBack()
+{
+    QFETCH(int, key);
+    const Window w({"long.mp4"});
+    QTRY_COMPARE(QApplication::focusWidget(), w.rows);
+    w.play();
+    w.key(Qt::Key_Right); // Stop has the focus: what a key must not do now
+    QCOMPARE(QApplication::focusWidget(), w.buttons[1]);
+    w.hideBar();
+    QSignalSpy stops(w.bar, SIGNAL(sgCmdStop()));
+    w.key(Qt::Key_2);
+    QVERIFY(w.bar->isHidden());
+    QCOMPARE(w.surface->viewMode(), 2);
+    w.key(Qt::Key(key));
+    QVERIFY(w.bar->isVisible());
+    QCOMPARE(QApplication::focusWidget(), w.buttons[1]);
+    QCOMPARE(stops.count(), 0);
+}
+
+void tst_page_main::stopShowsGreyBehindHiddenBar()
+{
+    const Window w({"quads.mp4", "silent.mp4"});
+    QTRY_COMPARE(QApplication::focusWidget(), w.rows);
+    w.play();
+    QVERIFY(w.shows("/00:02"));
+    w.hideBar();
+    QTest::mouseClick(w.buttons[1], Qt::LeftButton); // as if the engine had stopped
+    QSignalSpy painted(w.surface, SIGNAL(frameSwapped()));
+    QVERIFY(painted.wait(kLimitMs));
+    QCOMPARE(w.colourAt(20, 20), kGrey);
+}
+
+void tst_page_main::marginsInsetThePlayerPage()
+{
+    Window w({});
+    w.main.reset();
+    w.device.setMargins("EGL_MARGIN=10,20,30,40\nEGL_PADDING=1,2,3,4\n");
+    readPositionConfig();
+    w.open();
+    QCOMPARE(w.page->geometry(), QRect(11, 22, gScreenW - 44, gScreenH - 66));
+    QCOMPARE(w.bar->geometry(), QRect(0, gScreenH - 66 - 80, gScreenW - 44, 80));
+    w.device.setMargins("EGL_MARGIN=0,0,0,0\nEGL_PADDING=0,0,0,0\n");
+    readPositionConfig();
+}
+
+void tst_page_main::playWithoutMarksStaysIdle()
+{
+    const Window w({"silent.mp4"});
+    QTRY_COMPARE(QApplication::focusWidget(), w.rows);
+    w.key(Qt::Key_Left); // leaves the list for Play
+    w.key(Qt::Key_Return);
+    QVERIFY(w.page->isVisible());
+    QCOMPARE(w.colourAt(20, 20), kGrey);
+    w.page->setBarStaysUs(500000);
+    QTRY_VERIFY_WITH_TIMEOUT(w.bar->isHidden(), kLimitMs);
+}
+
+int main(int argc, char** argv)
+{
+    QApplication app(argc, argv);
+    readScreenSize();
+    setDefaultSurfaceFormat();
+    tst_page_main test;
+    return QTest::qExec(&test, argc, argv);
+}
+
+#include "tst_page_main.moc"

@@ -1,0 +1,159 @@
+// The program as a process, driven by real keys, and how it leaves.
+#include "tests/program/TestDevice.h"
+
+#include <QElapsedTimer>
+#include <QProcess>
+#include <QtTest>
+
+#include <csignal>
+
+namespace {
+
+constexpr int kLimitMs = 20000;
+
+class Program
+{
+public:
+    explicit Program(const QStringList& arguments = {})
+    {
+        m_process.setProcessChannelMode(QProcess::MergedChannels);
+        m_process.start(QStringLiteral(PROGRAM), arguments);
+    }
+    ~Program()
+    {
+        m_process.kill();
+        m_process.waitForFinished(kLimitMs);
+    }
+
+    // Waits until the output, from where the last call found its text, holds this one.
+    bool prints(const QByteArray& text)
+    {
+        return QTest::qWaitFor(
+            [&] {
+                m_output += m_process.readAll();
+                const int at = m_output.indexOf(text, m_seen);
+                if (at >= 0)
+                    m_seen = at + text.size();
+                return at >= 0;
+            },
+            kLimitMs);
+    }
+    // The window is there and has the keys.
+    bool takesKeys()
+    {
+        return prints("path from cfg file:") &&
+               QTest::qWaitFor(
+                   [&] {
+                       return QProcess::execute("xdotool", {"getwindowfocus", "getwindowname"}) ==
+                                  0 &&
+                              focusedProcess() == QByteArray::number(m_process.processId());
+                   },
+                   kLimitMs);
+    }
+    static void key(const char* names)
+    {
+        QProcess::execute("xdotool", QStringList{"key"} + QString(names).split(' '));
+    }
+    void interrupt(int times = 1) const
+    {
+        for (int i = 0; i < times; ++i)
+            kill(static_cast<pid_t>(m_process.processId()), SIGINT);
+    }
+    bool ended() { return m_process.waitForFinished(kLimitMs); }
+    QByteArray output() { return m_output += m_process.readAll(); }
+    QString result() const
+    {
+        return QStringLiteral("%1 %2").arg(m_process.exitStatus()).arg(m_process.exitCode());
+    }
+
+private:
+    static QByteArray focusedProcess()
+    {
+        QProcess xdotool;
+        xdotool.start("xdotool", {"getwindowfocus", "getwindowpid"});
+        xdotool.waitForFinished(kLimitMs);
+        return xdotool.readAllStandardOutput().trimmed();
+    }
+
+    QProcess m_process;
+    QByteArray m_output;
+    int m_seen = 0;
+};
+
+} // namespace
+
+class tst_process : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void playsAndLeavesByKeys_data();
+    void playsAndLeavesByKeys();
+    void leavesOnInterrupt_data();
+    void leavesOnInterrupt();
+};
+
+void tst_process::playsAndLeavesByKeys_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<QByteArray>("markAndPlay");
+    QTest::addColumn<QByteArray>("exit");
+    QTest::newRow("all keys") << QStringList() << QByteArray("Return Down Return")
+                              << QByteArray("Up Return");
+    QTest::newRow("two keys") << QStringList("--twokeymode=on") << QByteArray("2 1 2")
+                              << QByteArray("1 1 1 2");
+}
+
+void tst_process::playsAndLeavesByKeys()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(QByteArray, markAndPlay);
+    QFETCH(QByteArray, exit);
+    const TestDevice device({"silent.mp4"});
+    Program program(arguments);
+    QVERIFY(program.takesKeys());
+    Program::key(markAndPlay);
+    QVERIFY(program.prints("slotPagePlayerListToPagePlayer() ..."));
+    QVERIFY(program.prints("End of stream!!!"));
+    QVERIFY(program.prints("slotPagePlayerToPagePlayerList() ..."));
+    QVERIFY(program.prints("-------ItemCount 1"));
+    Program::key(exit);
+    QVERIFY(program.ended());
+    QCOMPARE(program.result(), QStringLiteral("0 0"));
+    QVERIFY(!program.output().contains("signal"));
+}
+
+void tst_process::leavesOnInterrupt_data()
+{
+    QTest::addColumn<QByteArray>("keys");   // pressed on the list
+    QTest::addColumn<QByteArray>("moment"); // what is printed when the interrupt is sent
+    QTest::addColumn<int>("times");
+    const QByteArray play = "Return Down Return";
+    QTest::newRow("start-up") << QByteArray() << QByteArray("path from cfg file:") << 1;
+    QTest::newRow("list") << QByteArray("Down") << QByteArray() << 1;
+    QTest::newRow("page just switching") << play << QByteArray("ListToPagePlayer() ...") << 1;
+    QTest::newRow("playing") << play << QByteArray("CPlayer::stop() end ...") << 1;
+    QTest::newRow("paused") << play + " Return" << QByteArray("CPlayer::stop() end ...") << 1;
+    QTest::newRow("ten in a row") << play << QByteArray("CPlayer::stop() end ...") << 10;
+}
+
+void tst_process::leavesOnInterrupt()
+{
+    QFETCH(QByteArray, keys);
+    QFETCH(QByteArray, moment);
+    QFETCH(int, times);
+    const TestDevice device({"long.mp4"});
+    Program program;
+    if (!keys.isEmpty()) {
+        QVERIFY(program.takesKeys());
+        Program::key(keys);
+    }
+    QVERIFY(program.prints(moment));
+    program.interrupt(times);
+    QVERIFY(program.ended());
+    QCOMPARE(program.result(), QStringLiteral("0 0"));
+    QVERIFY(program.output().contains("catch a signal no=2.\n"));
+}
+
+QTEST_GUILESS_MAIN(tst_process)
+#include "tst_process.moc"
