@@ -47,3 +47,13 @@ keep_below() {
     mkdir -p "$1/cache"
     export XDG_CACHE_HOME=$1/cache GST_REGISTRY=$1/cache/gst-registry.bin
 }
+
+# Programs that draw or open the link's socket want a runtime directory; where there is none they get
+# one of their own, in a temporary folder, as a socket's address has room for a short path only.
+make_runtime_dir() {
+    if [ -z "${XDG_RUNTIME_DIR:-}" ]; then
+        XDG_RUNTIME_DIR=$(mktemp -d)
+        export XDG_RUNTIME_DIR
+        trap 'rm -rf "$XDG_RUNTIME_DIR"' EXIT
+    fi
+}

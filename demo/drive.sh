@@ -52,7 +52,9 @@ wait_for "-------ItemCount" 4
 press Right Right Down Return Down Return # over Exit to the first row, down, and mark two recordings
 shot marked
 
-press Left Return # Play
+press Left
+shot play-button
+press Return
 wait_for "CPlayer::stop() end"
 sleep 2
 shot all-views
