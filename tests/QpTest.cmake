@@ -46,6 +46,21 @@ function(qp_add_test name)
   endif()
 endfunction()
 
+# qp_test_starts(NAME MACRO TARGET): the test starts TARGET as a process of its own; the macro is its
+# path. An emulated test cannot start an emulated program directly: a script stands between them.
+function(qp_test_starts name macro target)
+  set(path $<TARGET_FILE:${target}>)
+  if(CMAKE_CROSSCOMPILING)
+    list(JOIN CMAKE_CROSSCOMPILING_EMULATOR " " emulator)
+    set(script ${CMAKE_BINARY_DIR}/emulated/${name}-${target})
+    file(GENERATE OUTPUT ${script} CONTENT "#!/bin/sh\nexec ${emulator} ${path} \"$@\"\n"
+      FILE_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE)
+    set(path ${script})
+  endif()
+  add_dependencies(${name} ${target})
+  target_compile_definitions(${name} PRIVATE ${macro}="${path}")
+endfunction()
+
 # Emulated, a program cannot be traced, which the leak check needs, and file status is not looked up
 # in the sysroot, which the search for plugins needs.
 set(QP_LEAK_CHECK 1)

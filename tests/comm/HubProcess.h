@@ -1,7 +1,8 @@
 // The real hub in a runtime folder of its own, driven through its prompt.
 #pragma once
 
-#include <QProcess>
+#include "tests/ForkedProcess.h"
+
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -61,6 +62,6 @@ public:
     }
 
 private:
-    QProcess m_process;
+    ForkedProcess m_process;
     QByteArray m_output;
 };

@@ -274,7 +274,7 @@ void tst_commif::exitDuringFlood()
 void tst_commif::oneHubPerSocket()
 {
     HubProcess first;
-    QProcess second;
+    ForkedProcess second;
     second.start(HUB, QStringList());
     QVERIFY(second.waitForFinished(kLimitMs));
     QCOMPARE(second.exitCode(), 1);
@@ -289,7 +289,7 @@ void tst_commif::otherFileAtThePath()
 {
     QFile other(m_folder.socketPath());
     QVERIFY(other.open(QIODevice::WriteOnly));
-    QProcess hub;
+    ForkedProcess hub;
     hub.start(HUB, QStringList());
     QVERIFY(hub.waitForFinished(kLimitMs));
     QCOMPARE(hub.exitCode(), 1);
