@@ -1,0 +1,15 @@
+# The program and what belongs to it. The host's stand-in of the device's communication library
+# stays in a folder of its own, where no other program takes it for the real one.
+include(GNUInstallDirs)
+
+install(TARGETS quadplayer RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+install(FILES LICENSE CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(DIRECTORY docs/examples DESTINATION ${CMAKE_INSTALL_DOCDIR})
+
+if(TARGET commif AND TARGET quadplayer-hub)
+  set(private ${CMAKE_INSTALL_LIBDIR}/quadplayer)
+  set_target_properties(quadplayer quadplayer-hub PROPERTIES
+    INSTALL_RPATH "$ORIGIN/../${private}")
+  install(TARGETS commif LIBRARY DESTINATION ${private})
+  install(TARGETS quadplayer-hub RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+endif()
