@@ -29,37 +29,22 @@ public:
         m_process.start(HUB, arguments);
         waitFor("listening");
     }
-    ~HubProcess() { end(); }
+    ~HubProcess() { end(SIGTERM); }
 
     void type(const QByteArray& line) { m_process.write(line + '\n'); }
-    int end() // at the end of its input
+    void signal(int number) { ::kill(static_cast<pid_t>(m_process.processId()), number); }
+    int end(int number) // SIGKILL as a crash does: the socket's file stays
     {
-        m_process.closeWriteChannel();
+        if (m_process.state() == QProcess::Running)
+            signal(number);
         m_process.waitForFinished(kLimitMs);
         return m_process.exitCode();
     }
-    void kill() // as a crash does: the socket's file stays
-    {
-        m_process.kill();
-        m_process.waitForFinished(kLimitMs);
-    }
-    void signal(int number) { ::kill(static_cast<pid_t>(m_process.processId()), number); }
-    int terminate()
-    {
-        m_process.terminate();
-        m_process.waitForFinished(kLimitMs);
-        return m_process.exitStatus() == QProcess::NormalExit ? m_process.exitCode() : -1;
-    }
-
     bool waitFor(const QByteArray& text)
     {
         return QTest::qWaitFor([&] { return output().contains(text); }, kLimitMs);
     }
-    QByteArray output()
-    {
-        m_output += m_process.readAllStandardOutput();
-        return m_output;
-    }
+    QByteArray output() { return m_output += m_process.readAllStandardOutput(); }
 
 private:
     ForkedProcess m_process;

@@ -1,4 +1,4 @@
-// The packet functions: what they write, and that no packet leads outside its buffer.
+// Reading packets of any shape: none leads outside its buffer.
 #include "comm/libcommif.h"
 #include "tests/comm/PacketBuilder.h"
 
@@ -38,9 +38,6 @@ class tst_packet : public QObject
 private slots:
     void read_data();
     void read();
-    void write_data();
-    void write();
-    void writeUntilFull();
 };
 
 void tst_packet::read_data()
@@ -69,48 +66,6 @@ void tst_packet::read()
 {
     QFETCH(QByteArray, bytes);
     QTEST(readAll(bytes), "text");
-}
-
-void tst_packet::write_data()
-{
-    QTest::addColumn<unsigned>("size");
-    QTest::addColumn<QByteArray>("written");
-    QTest::newRow("no room") << 0U << QByteArray();
-    QTest::newRow("less than a head") << 3U << QByteArray();
-    QTest::newRow("head") << 4U << packet(1);
-    QTest::newRow("less than an item") << 11U << packet(1);
-    QTest::newRow("one item") << 12U << packet(1, item(1, u32(8)));
-    QTest::newRow("two items") << 20U << packet(1, item(1, u32(8)) + item(2, u32(0x01020304)));
-}
-
-void tst_packet::write()
-{
-    QFETCH(unsigned, size);
-    QFETCH(QByteArray, written);
-    std::vector<unsigned char> exact(size, 0xEE);
-    TlvPacket cursor;
-    TlvPacket_Init(&cursor, exact.data(), size);
-    TlvPacket_WriteBody_U4B(&cursor, 9, 9); // no head yet: left out
-    TlvPacket_WriteHead(&cursor, 1);
-    TlvPacket_WriteBody_U4B(&cursor, 1, 8);
-    TlvPacket_WriteBody_U4B(&cursor, 2, 0x01020304);
-    const QByteArray expected = written.leftJustified(static_cast<int>(size), '\xEE');
-    QCOMPARE(QByteArray(reinterpret_cast<char*>(exact.data()), static_cast<int>(size)), expected);
-    QCOMPARE(cursor.length, static_cast<uint32_t>(written.size()));
-}
-
-// The count in the head has 16 bits, whatever the buffer holds.
-void tst_packet::writeUntilFull()
-{
-    std::vector<unsigned char> large(100000, 0xEE);
-    TlvPacket cursor;
-    TlvPacket_Init(&cursor, large.data(), static_cast<unsigned>(large.size()));
-    TlvPacket_WriteHead(&cursor, 1);
-    for (int i = 0; i < 10000; ++i)
-        TlvPacket_WriteBody_U4B(&cursor, 1, 8);
-    QCOMPARE(cursor.length, 4U + 65535U / 8U * 8U);
-    const QByteArray bytes(reinterpret_cast<char*>(large.data()), static_cast<int>(cursor.length));
-    QCOMPARE(readAll(bytes).count(" 1:" + u32(8).toHex()), 65535 / 8);
 }
 
 QTEST_GUILESS_MAIN(tst_packet)
