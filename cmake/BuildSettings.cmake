@@ -26,3 +26,8 @@ if(QP_COVERAGE)
   add_compile_options(--coverage)
   add_link_options(--coverage)
 endif()
+
+# Every library reports to the fuzzer which of its branches an input reached.
+if(QP_FUZZ)
+  add_compile_options(-fsanitize=fuzzer-no-link)
+endif()
