@@ -1,14 +1,19 @@
-// From a decoded picture to the decoder's own layout: tightly packed NV12 of even size.
+// Writes a decoded picture as the hardware decoder would: NV12, rows without gaps, even sizes.
 #pragma once
-
-#include <cstddef>
 
 #include <gst/video/video.h>
 
-int roundUpToEven(int pixels);
+// Sizes are rounded up to even, because four luma pixels share one colour.
+constexpr int evenSize(int size)
+{
+    return size + size % 2;
+}
 
-// Bytes of an NV12 frame of this even size without any padding.
-size_t nv12Size(int width, int height);
+constexpr size_t tightNv12Size(int width, int height)
+{
+    return static_cast<size_t>(width) * static_cast<size_t>(height) * 3 / 2;
+}
 
-// Copies an I420 or NV12 picture; where its size is odd the last column and row are repeated.
-void copyToNv12(const GstVideoFrame& source, unsigned char* target);
+// `frame` is mapped I420 or NV12 of any size; `out` has room for tightNv12Size() of the even size.
+// Edges are repeated where a size was rounded up.
+void copyAsTightNv12(const GstVideoFrame& frame, unsigned char* out);

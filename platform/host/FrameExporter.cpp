@@ -1,216 +1,271 @@
 #include "platform/host/FrameExporter.h"
 
 #include "platform/host/FrameCopy.h"
+#include "platform/host/FramePool.h"
 #include "platform/host/HostCounters.h"
-#include "platform/host/PhysMemory.h"
 #include "platform/host/TimestampRepair.h"
 #include "player/phymem.h"
+
+#include <algorithm>
+#include <chrono>
+#include <memory>
 
 #include <gst/base/gstbasetransform.h>
 #include <gst/video/video.h>
 
 namespace {
 
-constexpr GstClockTime kDefaultDuration = 40 * GST_MSECOND;
+constexpr GstClockTime kUnknownFrameDuration = 40 * GST_MSECOND;
 
-// How long, beside the step between frames, nothing may happen before a held end of stream goes on.
-constexpr std::chrono::seconds kPatience(2);
+// What the end of stream waits for at most: a step to the next frame, and as much again, and what
+// a busy machine may need on top.
+constexpr GstClockTime kEndPatience = 3 * GST_SECOND;
+constexpr GstClockTime kLongestStay = GST_SECOND;
 
-struct Exporter
+#define EXPORTER_SIZES "width = [ 1, 16384 ], height = [ 1, 16384 ]"
+
+GstStaticPadTemplate s_SinkTemplate = GST_STATIC_PAD_TEMPLATE(
+    "sink", GST_PAD_SINK, GST_PAD_ALWAYS,
+    GST_STATIC_CAPS("video/x-raw, format = { NV12, I420 }, " EXPORTER_SIZES));
+GstStaticPadTemplate s_SourceTemplate =
+    GST_STATIC_PAD_TEMPLATE("src", GST_PAD_SRC, GST_PAD_ALWAYS,
+                            GST_STATIC_CAPS("video/x-raw, format = NV12, " EXPORTER_SIZES));
+
+struct ExporterState
 {
     std::shared_ptr<FramePool> pool = std::make_shared<FramePool>();
+    // Streaming thread only.
     TimestampRepair times;
-    GstVideoInfo input = {};
-    int width = 0; // of the frames that go out: even
-    int height = 0;
+    GstVideoInfo info = {}; // of what comes in
+    GstClockTime stay = 0;  // of the last frame
 };
 
 } // namespace
 
 struct QuadplayerFrameExporter
 {
-    GstBaseTransform parent;
-    Exporter* exporter;
+    GstBaseTransform base;
+    ExporterState* state;
 };
-
 struct QuadplayerFrameExporterClass
 {
-    GstBaseTransformClass parent_class;
+    GstBaseTransformClass base;
 };
 
 G_DEFINE_TYPE(QuadplayerFrameExporter, quadplayer_frame_exporter, GST_TYPE_BASE_TRANSFORM)
 
 namespace {
 
-GstStaticPadTemplate s_sinkTemplate = GST_STATIC_PAD_TEMPLATE(
-    "sink", GST_PAD_SINK, GST_PAD_ALWAYS, GST_STATIC_CAPS(GST_VIDEO_CAPS_MAKE("{ I420, NV12 }")));
-GstStaticPadTemplate s_srcTemplate = GST_STATIC_PAD_TEMPLATE(
-    "src", GST_PAD_SRC, GST_PAD_ALWAYS, GST_STATIC_CAPS(GST_VIDEO_CAPS_MAKE("NV12")));
-
-Exporter& exporterOf(gpointer element)
+GstBaseTransformClass* parentClass()
 {
-    return *reinterpret_cast<QuadplayerFrameExporter*>(element)->exporter;
+    return GST_BASE_TRANSFORM_CLASS(quadplayer_frame_exporter_parent_class);
 }
 
-// --- Caps: NV12 goes out, of even size. ---
-
-void roundField(GstStructure* structure, const char* field)
+ExporterState& stateOf(gpointer element)
 {
-    int pixels = 0;
-    if (gst_structure_get_int(structure, field, &pixels))
-        gst_structure_set(structure, field, G_TYPE_INT, roundUpToEven(pixels), nullptr);
+    return *reinterpret_cast<QuadplayerFrameExporter*>(element)->state;
 }
 
-// Towards the decoder nothing is asked of the size: whatever it is, it is rounded here.
-GstCaps* transformCaps(GstBaseTransform* base, GstPadDirection direction, GstCaps* caps,
-                       GstCaps* filter)
+// --- What goes in and what comes out
+
+void roundUp(GstStructure* structure, const char* field)
+{
+    int size = 0;
+    if (gst_structure_get_int(structure, field, &size))
+        gst_structure_set(structure, field, G_TYPE_INT, evenSize(size), nullptr);
+}
+
+void allowRoundedUp(GstStructure* structure, const char* field)
+{
+    int size = 0;
+    if (gst_structure_get_int(structure, field, &size) && size > 1)
+        gst_structure_set(structure, field, GST_TYPE_INT_RANGE, size - 1, size, nullptr);
+}
+
+void toSourceSide(GstStructure* structure)
+{
+    gst_structure_set(structure, "format", G_TYPE_STRING, "NV12", nullptr);
+    roundUp(structure, "width");
+    roundUp(structure, "height");
+}
+
+void toSinkSide(GstStructure* structure)
+{
+    gst_structure_remove_field(structure, "format"); // the template says which there are
+    allowRoundedUp(structure, "width");
+    allowRoundedUp(structure, "height");
+}
+
+GstCaps* transformCaps(GstBaseTransform*, GstPadDirection direction, GstCaps* caps, GstCaps* filter)
 {
     GstCaps* result = gst_caps_copy(caps);
     for (guint i = 0; i < gst_caps_get_size(result); ++i) {
         GstStructure* structure = gst_caps_get_structure(result, i);
-        gst_structure_remove_field(structure, "format");
-        if (direction == GST_PAD_SINK) {
-            roundField(structure, "width");
-            roundField(structure, "height");
-        } else {
-            gst_structure_remove_fields(structure, "width", "height", nullptr);
-        }
+        if (direction == GST_PAD_SINK)
+            toSourceSide(structure);
+        else
+            toSinkSide(structure);
     }
-    GstPad* other = direction == GST_PAD_SINK ? base->srcpad : base->sinkpad;
-    GstCaps* allowed = gst_pad_get_pad_template_caps(other);
-    GstCaps* formatted = gst_caps_intersect_full(result, allowed, GST_CAPS_INTERSECT_FIRST);
-    gst_caps_unref(allowed);
-    gst_caps_unref(result);
-    if (!filter)
-        return formatted;
-    GstCaps* filtered = gst_caps_intersect_full(filter, formatted, GST_CAPS_INTERSECT_FIRST);
-    gst_caps_unref(formatted);
-    return filtered;
+    if (filter) {
+        GstCaps* all = result;
+        result = gst_caps_intersect_full(filter, all, GST_CAPS_INTERSECT_FIRST);
+        gst_caps_unref(all);
+    }
+    return result;
 }
 
-gboolean setCaps(GstBaseTransform* base, GstCaps* input, GstCaps* output)
+gboolean setCaps(GstBaseTransform* base, GstCaps* in, GstCaps*)
 {
-    Exporter& exporter = exporterOf(base);
-    const GstStructure* structure = gst_caps_get_structure(output, 0);
-    return gst_video_info_from_caps(&exporter.input, input) &&
-           gst_structure_get_int(structure, "width", &exporter.width) &&
-           gst_structure_get_int(structure, "height", &exporter.height);
+    return gst_video_info_from_caps(&stateOf(base).info, in);
 }
 
-gboolean transformSize(GstBaseTransform* base, GstPadDirection /*direction*/, GstCaps* /*caps*/,
-                       gsize /*size*/, GstCaps* /*otherCaps*/, gsize* otherSize)
-{
-    const Exporter& exporter = exporterOf(base);
-    *otherSize = nv12Size(exporter.width, exporter.height);
-    return TRUE;
-}
-
-// Rows may come in padded: the copy reads them through the buffer's own description.
-gboolean proposeAllocation(GstBaseTransform* /*base*/, GstQuery* /*decide*/, GstQuery* query)
+// Decoders may then write frames with gaps between the rows; they are read by their video meta.
+gboolean proposeAllocation(GstBaseTransform*, GstQuery*, GstQuery* query)
 {
     gst_query_add_allocation_meta(query, GST_VIDEO_META_API_TYPE, nullptr);
     return TRUE;
 }
 
-// The frames are this element's own; nothing of downstream's pools is wanted.
-gboolean decideAllocation(GstBaseTransform* /*base*/, GstQuery* /*query*/)
+// Frames come from the pool alone, whatever the sink would offer.
+gboolean decideAllocation(GstBaseTransform*, GstQuery*)
 {
     return TRUE;
 }
 
-// --- Frames. ---
+// --- One frame
 
-GstClockTime durationOf(const Exporter& exporter, GstBuffer* input)
+GstClockTime durationOf(const ExporterState& state, GstBuffer* buffer)
 {
-    if (GST_BUFFER_DURATION_IS_VALID(input) && GST_BUFFER_DURATION(input) > 0)
-        return GST_BUFFER_DURATION(input);
-    const int rate = GST_VIDEO_INFO_FPS_N(&exporter.input);
-    if (rate <= 0)
-        return kDefaultDuration;
-    return gst_util_uint64_scale_int(GST_SECOND, GST_VIDEO_INFO_FPS_D(&exporter.input), rate);
+    const GstClockTime duration = GST_BUFFER_DURATION(buffer);
+    if (GST_CLOCK_TIME_IS_VALID(duration) && duration > 0)
+        return duration;
+    const int frames = GST_VIDEO_INFO_FPS_N(&state.info);
+    return frames > 0 ? gst_util_uint64_scale(GST_SECOND, GST_VIDEO_INFO_FPS_D(&state.info), frames)
+                      : kUnknownFrameDuration;
 }
 
-// Rows without padding are not GStreamer's default at every width, so they are described.
-void describeRows(const Exporter& exporter, GstBuffer* output)
+void setTimes(GstBaseTransform* base, GstBuffer* in, GstBuffer* out)
 {
-    const auto width = static_cast<guint>(exporter.width);
-    const auto height = static_cast<guint>(exporter.height);
-    gsize offsets[GST_VIDEO_MAX_PLANES] = {0, static_cast<gsize>(width) * height};
-    gint strides[GST_VIDEO_MAX_PLANES] = {exporter.width, exporter.width};
-    gst_buffer_add_video_meta_full(output, GST_VIDEO_FRAME_FLAG_NONE, GST_VIDEO_FORMAT_NV12, width,
-                                   height, 2, offsets, strides);
+    ExporterState& state = stateOf(base);
+    const GstClockTime duration = durationOf(state, in);
+    const bool forward = base->segment.rate > 0;
+    GST_BUFFER_PTS(out) =
+        forward ? state.times.repaired(GST_BUFFER_PTS(in), duration) : GST_BUFFER_PTS(in);
+    GST_BUFFER_DURATION(out) = duration;
+    state.stay = std::min(duration, kLongestStay);
 }
 
-GstFlowReturn prepareOutput(GstBaseTransform* base, GstBuffer* input, GstBuffer** output)
+GstFlowReturn prepareOutputBuffer(GstBaseTransform* base, GstBuffer* in, GstBuffer** out)
 {
-    Exporter& exporter = exporterOf(base);
-    std::unique_ptr<PhysBlock> block =
-        exporter.pool->acquire(nv12Size(exporter.width, exporter.height));
-    if (!block)
+    ExporterState& state = stateOf(base);
+    const int width = evenSize(GST_VIDEO_INFO_WIDTH(&state.info));
+    const int height = evenSize(GST_VIDEO_INFO_HEIGHT(&state.info));
+    GstMemory* memory = state.pool->take(tightNv12Size(width, height));
+    if (!memory && state.pool->isInterrupted())
         return GST_FLOW_FLUSHING;
-    *output = gst_buffer_new();
-    gst_buffer_append_memory(*output, wrapPhysBlock(exporter.pool, std::move(block)));
-    describeRows(exporter, *output);
-    gst_buffer_copy_into(*output, input, GST_BUFFER_COPY_FLAGS, 0, static_cast<gsize>(-1));
-    const GstClockTime duration = durationOf(exporter, input);
-    GST_BUFFER_PTS(*output) = exporter.times.next(GST_BUFFER_PTS(input), duration);
-    GST_BUFFER_DURATION(*output) = duration;
+    if (!memory) {
+        GST_ELEMENT_ERROR(base, RESOURCE, NO_SPACE_LEFT, ("No memory for a frame"), (nullptr));
+        return GST_FLOW_ERROR;
+    }
+    *out = gst_buffer_new();
+    gst_buffer_append_memory(*out, memory);
+    gst_buffer_copy_into(*out, in, GST_BUFFER_COPY_FLAGS, 0, -1);
+    // Said expressly: GStreamer's own layout has other strides for most widths.
+    gsize offsets[GST_VIDEO_MAX_PLANES] = {0, static_cast<gsize>(width) * height};
+    gint strides[GST_VIDEO_MAX_PLANES] = {width, width};
+    gst_buffer_add_video_meta_full(*out, GST_VIDEO_FRAME_FLAG_NONE, GST_VIDEO_FORMAT_NV12, width,
+                                   height, 2, offsets, strides);
+    setTimes(base, in, *out);
     return GST_FLOW_OK;
 }
 
-// Writes to the block itself: a mapping would count as the frame having been looked at.
-GstFlowReturn transform(GstBaseTransform* base, GstBuffer* input, GstBuffer* output)
+// The block is written by its address: mapping it would count as showing it.
+GstFlowReturn transformFrame(GstBaseTransform* base, GstBuffer* in, GstBuffer* out)
 {
-    const Exporter& exporter = exporterOf(base);
-    GstVideoFrame source;
-    if (!gst_video_frame_map(&source, &exporter.input, input, GST_MAP_READ))
+    GstVideoFrame frame;
+    if (!gst_video_frame_map(&frame, &stateOf(base).info, in, GST_MAP_READ)) {
+        GST_ELEMENT_ERROR(base, STREAM, FORMAT, ("A decoded frame cannot be read"), (nullptr));
         return GST_FLOW_ERROR;
-    const PhyMemBlock* block = gst_buffer_query_phymem_block(output);
-    copyToNv12(source, block->vaddr);
-    gst_video_frame_unmap(&source);
-    exporter.pool->setLastOut(static_cast<uint32_t>(block->paddr));
+    }
+    copyAsTightNv12(frame, gst_buffer_query_phymem_block(out)->vaddr);
+    gst_video_frame_unmap(&frame);
     ++hostCounters().framesExported;
     return GST_FLOW_OK;
 }
 
-// --- Events and states. ---
+// --- Events and states
 
-void holdEndOfStream(Exporter& exporter)
+// False when it must not go on.
+bool holdEndOfStream(ExporterState& state)
 {
-    const std::chrono::nanoseconds step(exporter.times.lastStep());
-    exporter.pool->waitLastShown(kPatience + step);
+    const GstClockTime patience = kEndPatience + 2 * state.times.lastStep();
+    return state.pool->waitUntilShown(std::chrono::nanoseconds(patience),
+                                      std::chrono::nanoseconds(state.stay));
+}
+
+void resetTimes(ExporterState& state, GstEvent* segmentEvent)
+{
+    const GstSegment* segment = nullptr;
+    gst_event_parse_segment(segmentEvent, &segment);
+    state.times.reset(segment->format == GST_FORMAT_TIME ? segment->start : 0);
 }
 
 gboolean sinkEvent(GstBaseTransform* base, GstEvent* event)
 {
-    Exporter& exporter = exporterOf(base);
-    const GstEventType type = GST_EVENT_TYPE(event);
-    if (type == GST_EVENT_FLUSH_START)
-        exporter.pool->interrupt();
-    if (type == GST_EVENT_FLUSH_STOP)
-        exporter.pool->rearm();
-    if (type == GST_EVENT_FLUSH_STOP || type == GST_EVENT_SEGMENT)
-        exporter.times.reset();
-    if (type == GST_EVENT_EOS)
-        holdEndOfStream(exporter);
-    return GST_BASE_TRANSFORM_CLASS(quadplayer_frame_exporter_parent_class)
-        ->sink_event(base, event);
+    ExporterState& state = stateOf(base);
+    switch (GST_EVENT_TYPE(event)) {
+    case GST_EVENT_FLUSH_START:
+        state.pool->setFlushing(true);
+        break;
+    case GST_EVENT_FLUSH_STOP:
+        state.pool->setFlushing(false);
+        state.times.reset(0);
+        state.stay = 0;
+        break;
+    case GST_EVENT_SEGMENT:
+        resetTimes(state, event);
+        break;
+    case GST_EVENT_EOS:
+        if (!holdEndOfStream(state)) {
+            // Overtaken by a flush that has not reached the sink yet, it would end the playback.
+            gst_event_unref(event);
+            return TRUE;
+        }
+        break;
+    default:
+        break;
+    }
+    return parentClass()->sink_event(base, event);
 }
 
-// Going down, the waits end before the parent's state change, which waits for the streaming thread.
-GstStateChangeReturn changeState(GstElement* element, GstStateChange change)
+// All switches come before the parent acts: it waits for the streaming thread, which may be
+// waiting in the pool.
+GstStateChangeReturn changeState(GstElement* element, GstStateChange transition)
 {
-    Exporter& exporter = exporterOf(element);
-    if (change == GST_STATE_CHANGE_READY_TO_PAUSED)
-        exporter.pool->rearm();
-    if (change == GST_STATE_CHANGE_PAUSED_TO_READY)
-        exporter.pool->interrupt();
-    return GST_ELEMENT_CLASS(quadplayer_frame_exporter_parent_class)->change_state(element, change);
+    FramePool& pool = *stateOf(element).pool;
+    switch (transition) {
+    case GST_STATE_CHANGE_READY_TO_PAUSED:
+        pool.setActive(true);
+        break;
+    case GST_STATE_CHANGE_PAUSED_TO_PLAYING:
+        pool.setPlaying(true);
+        break;
+    case GST_STATE_CHANGE_PLAYING_TO_PAUSED:
+        pool.setPlaying(false);
+        break;
+    case GST_STATE_CHANGE_PAUSED_TO_READY:
+        pool.setActive(false);
+        break;
+    default:
+        break;
+    }
+    return GST_ELEMENT_CLASS(quadplayer_frame_exporter_parent_class)
+        ->change_state(element, transition);
 }
 
 void finalize(GObject* object)
 {
-    delete reinterpret_cast<QuadplayerFrameExporter*>(object)->exporter;
+    delete reinterpret_cast<QuadplayerFrameExporter*>(object)->state;
     G_OBJECT_CLASS(quadplayer_frame_exporter_parent_class)->finalize(object);
 }
 
@@ -219,38 +274,27 @@ void finalize(GObject* object)
 static void quadplayer_frame_exporter_class_init(QuadplayerFrameExporterClass* klass)
 {
     G_OBJECT_CLASS(klass)->finalize = finalize;
-
     GstElementClass* element = GST_ELEMENT_CLASS(klass);
     element->change_state = changeState;
-    gst_element_class_add_static_pad_template(element, &s_sinkTemplate);
-    gst_element_class_add_static_pad_template(element, &s_srcTemplate);
+    gst_element_class_add_static_pad_template(element, &s_SinkTemplate);
+    gst_element_class_add_static_pad_template(element, &s_SourceTemplate);
     gst_element_class_set_static_metadata(element, "Frame exporter", "Filter/Video",
-                                          "Copies decoded frames into video memory",
-                                          "the quadplayer authors");
-
-    GstBaseTransformClass* base = &klass->parent_class;
-    base->transform_caps = transformCaps;
-    base->set_caps = setCaps;
-    base->transform_size = transformSize;
-    base->propose_allocation = proposeAllocation;
-    base->decide_allocation = decideAllocation;
-    base->prepare_output_buffer = prepareOutput;
-    base->transform = transform;
-    base->sink_event = sinkEvent;
+                                          "Puts frames into physical memory", "quadplayer");
+    klass->base.transform_caps = transformCaps;
+    klass->base.set_caps = setCaps;
+    klass->base.propose_allocation = proposeAllocation;
+    klass->base.decide_allocation = decideAllocation;
+    klass->base.prepare_output_buffer = prepareOutputBuffer;
+    klass->base.transform = transformFrame;
+    klass->base.sink_event = sinkEvent;
 }
 
-static void quadplayer_frame_exporter_init(QuadplayerFrameExporter* element)
+static void quadplayer_frame_exporter_init(QuadplayerFrameExporter* exporter)
 {
-    element->exporter = new Exporter;
-    gst_base_transform_set_qos_enabled(&element->parent, FALSE);
+    exporter->state = new ExporterState;
 }
 
-GstElement* makeFrameExporter()
+GstElement* newFrameExporter()
 {
     return GST_ELEMENT(g_object_new(quadplayer_frame_exporter_get_type(), nullptr));
-}
-
-void frameExporterInterrupt(GstElement* exporter)
-{
-    exporterOf(exporter).pool->interrupt();
 }

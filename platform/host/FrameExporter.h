@@ -1,19 +1,10 @@
-// The element that stands in for the hardware decoder's output: copies decoded I420 or NV12 frames
-// into a fixed number of frames of video memory (FramePool), tightly packed and of even size, and
-// waits when all are out.
-//
-// Threads: the streaming thread runs everything but frameExporterInterrupt(), which any thread may
-// call. Every wait ends at flush-start and when the element goes down from PAUSED. End of stream is
-// held until the last frame has been looked at: without it a silent clip, which is decoded far
-// ahead of its picture, would lose its last frames.
+// The stand-in for the hardware decoder's output: an element that copies decoded I420 or NV12
+// frames into the few frames of physical memory that there are, and waits when all are out.
+// It holds the end of the stream back until the last frame has been shown, and makes presentation
+// times rise. Its pads carry system memory in and NV12 of even size, without gaps, out.
 #pragma once
 
 #include <gst/gst.h>
 
-GType quadplayer_frame_exporter_get_type();
-
-// A floating reference.
-GstElement* makeFrameExporter();
-
-// Ends the waits, those to come included, until the element comes up or the flush ends.
-void frameExporterInterrupt(GstElement* exporter);
+// A floating reference, as from gst_element_factory_make().
+GstElement* newFrameExporter();

@@ -1,77 +1,103 @@
 #include "platform/host/FramePool.h"
 
 #include "platform/host/HostCounters.h"
+#include "platform/host/PhysMemory.h"
 
-std::unique_ptr<PhysBlock> FramePool::acquire(size_t size)
+#include <algorithm>
+
+GstMemory* FramePool::take(size_t size)
 {
-    std::unique_lock<std::mutex> lock(m_mutex);
-    m_changed.wait(lock, [this] { return m_bInterrupted || m_nOut < kFrames; });
-    if (m_bInterrupted)
+    std::unique_lock<std::mutex> lock(m_Mutex);
+    m_Changed.wait(lock, [this] { return interrupted() || m_nOut < kFrames; });
+    if (interrupted())
         return nullptr;
-    if (size != m_nBlockSize) {
-        m_free.clear();
-        m_nBlockSize = size;
-    }
-    ++m_nOut;
-    ++hostCounters().framesOut;
-    if (m_free.empty())
-        return std::make_unique<PhysBlock>(size);
-    std::unique_ptr<PhysBlock> block = std::move(m_free.back());
-    m_free.pop_back();
+    const auto block = unusedBlock(size);
+    return block ? handOut(block) : nullptr;
+}
+
+// Blocks of the size before are dropped here; those still out, when they come back.
+std::shared_ptr<PhysBlock> FramePool::unusedBlock(size_t size)
+{
+    if (!m_vecUnused.empty() && m_vecUnused.back()->size() != size)
+        m_vecUnused.clear();
+    if (m_vecUnused.empty())
+        return PhysBlock::make(size);
+    auto block = m_vecUnused.back();
+    m_vecUnused.pop_back();
     return block;
 }
 
-void FramePool::giveBack(std::unique_ptr<PhysBlock> block)
+GstMemory* FramePool::handOut(const std::shared_ptr<PhysBlock>& block)
 {
-    const std::lock_guard<std::mutex> lock(m_mutex);
+    ++m_nOut;
+    ++hostCounters().framesOut;
+    const uint64_t number = ++m_nTaken;
+    const auto pool = shared_from_this();
+    // The memory's reference does not delete the block but brings it back.
+    const std::shared_ptr<PhysBlock> lent(
+        block.get(), [pool, block, number](PhysBlock*) { pool->giveBack(block, number); });
+    return newPhysMemory(lent, [pool, number] { pool->markShown(number); });
+}
+
+void FramePool::markShown(uint64_t number)
+{
+    const std::lock_guard<std::mutex> lock(m_Mutex);
+    m_nShown = std::max(m_nShown, number);
+    m_Changed.notify_all();
+}
+
+void FramePool::giveBack(const std::shared_ptr<PhysBlock>& block, uint64_t number)
+{
+    const std::lock_guard<std::mutex> lock(m_Mutex);
     --m_nOut;
     --hostCounters().framesOut;
-    ++m_nEvents;
-    if (block->physical() == m_nLastOut)
-        m_nLastOut = 0;
-    if (block->size() == m_nBlockSize)
-        m_free.push_back(std::move(block));
-    m_changed.notify_all();
+    m_nShown = std::max(m_nShown, number);
+    const bool fits = m_vecUnused.empty() || m_vecUnused.back()->size() == block->size();
+    if (m_bActive && fits)
+        m_vecUnused.push_back(block);
+    m_Changed.notify_all();
 }
 
-void FramePool::interrupt()
+bool FramePool::waitUntilShown(std::chrono::nanoseconds patience, std::chrono::nanoseconds stay)
 {
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    m_bInterrupted = true;
-    m_changed.notify_all();
-}
-
-void FramePool::rearm()
-{
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    m_bInterrupted = false;
-    m_nLastOut = 0;
-}
-
-void FramePool::setLastOut(uint32_t physical)
-{
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    m_nLastOut = physical;
-}
-
-void FramePool::setShown(uint32_t physical)
-{
-    const std::lock_guard<std::mutex> lock(m_mutex);
-    ++m_nEvents;
-    if (physical == m_nLastOut)
-        m_nLastOut = 0;
-    m_changed.notify_all();
-}
-
-void FramePool::waitLastShown(std::chrono::nanoseconds patience)
-{
-    std::unique_lock<std::mutex> lock(m_mutex);
-    const auto done = [this] { return m_bInterrupted || m_nLastOut == 0; };
-    int seen = m_nEvents;
-    while (!done()) {
-        m_changed.wait_for(lock, patience, [&] { return done() || m_nEvents != seen; });
-        if (m_nEvents == seen)
-            return;
-        seen = m_nEvents;
+    std::unique_lock<std::mutex> lock(m_Mutex);
+    while (!interrupted() && m_nShown < m_nTaken) {
+        if (!m_bPlaying) {
+            m_Changed.wait(lock);
+        } else if (m_Changed.wait_for(lock, patience) == std::cv_status::timeout) {
+            return true;
+        }
     }
+    return !m_Changed.wait_for(lock, stay, [this] { return interrupted(); });
+}
+
+void FramePool::setActive(bool active)
+{
+    const std::lock_guard<std::mutex> lock(m_Mutex);
+    m_bActive = active;
+    m_bFlushing = false;
+    m_nShown = m_nTaken;
+    m_vecUnused.clear();
+    m_Changed.notify_all();
+}
+
+void FramePool::setFlushing(bool flushing)
+{
+    const std::lock_guard<std::mutex> lock(m_Mutex);
+    m_bFlushing = flushing;
+    m_nShown = m_nTaken;
+    m_Changed.notify_all();
+}
+
+void FramePool::setPlaying(bool playing)
+{
+    const std::lock_guard<std::mutex> lock(m_Mutex);
+    m_bPlaying = playing;
+    m_Changed.notify_all();
+}
+
+bool FramePool::isInterrupted()
+{
+    const std::lock_guard<std::mutex> lock(m_Mutex);
+    return interrupted();
 }

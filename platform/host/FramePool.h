@@ -1,48 +1,56 @@
-// The fixed number of frame buffers that a hardware decoder owns: whoever wants one waits when all
-// are out, and every wait can be ended.
+// The fixed number of frames that a hardware decoder owns: whoever wants one more waits until one
+// comes back. That wait and the wait for the last frame end at once when the stream is flushed or
+// stopped, or stopping would hang: the frames that are out come back only after it.
+// Frames may outlive the pool's owner; each keeps the pool alive until it has come back.
 //
-// The streaming thread acquires and drains; any thread gives back and reports what it looked at;
-// the thread that flushes or changes the state interrupts and rearms. One lock, held for a few
-// instructions only. Frames keep their pool alive, so it may be dropped while some are out.
+// take(), waitUntilShown(): streaming thread. The switches and the frames' return: any thread.
 #pragma once
 
 #include "platform/host/PhysBlock.h"
 
 #include <chrono>
 #include <condition_variable>
+#include <cstdint>
 #include <memory>
 #include <mutex>
 #include <vector>
 
-class FramePool
+#include <gst/gst.h>
+
+class FramePool : public std::enable_shared_from_this<FramePool>
 {
 public:
+    // At least 4 must be: one with the sink, one being shown, one due, one being filled. Positions
+    // run ahead of the picture by as many frames, so many more would be felt.
     static constexpr int kFrames = 8;
 
-    // A block of this size, or null when interrupted.
-    std::unique_ptr<PhysBlock> acquire(size_t size);
-    void giveBack(std::unique_ptr<PhysBlock> block);
+    // Waits for a free frame of `size` bytes. Null when interrupted, or when memory is gone.
+    GstMemory* take(size_t size);
 
-    // Ends every wait, those to come included, until rearm().
-    void interrupt();
-    void rearm();
+    // Waits until the frame taken last was mapped and unmapped again, as whoever shows it does, or
+    // was dropped, and then for as long as it is to stay. Gives up when playing goes on for
+    // `patience` without any frame moving. False when interrupted.
+    bool waitUntilShown(std::chrono::nanoseconds patience, std::chrono::nanoseconds stay);
 
-    // Which frame went out last, and that a frame has been looked at (mapped and unmapped).
-    void setLastOut(uint32_t physical);
-    void setShown(uint32_t physical);
-
-    // Waits until the frame that went out last has been looked at or given back, or until nothing
-    // has happened for `patience`, or until interrupted.
-    void waitLastShown(std::chrono::nanoseconds patience);
+    void setActive(bool active);     // false: going down, nobody may wait any more
+    void setFlushing(bool flushing); // false: a new stretch of the stream begins
+    void setPlaying(bool playing);   // false: paused, time does not count
+    bool isInterrupted();
 
 private:
-    std::mutex m_mutex;
-    std::condition_variable m_changed;
-    // Under m_mutex.
-    std::vector<std::unique_ptr<PhysBlock>> m_free; // all of m_nBlockSize
-    size_t m_nBlockSize = 0;
+    bool interrupted() const { return !m_bActive || m_bFlushing; }
+    std::shared_ptr<PhysBlock> unusedBlock(size_t size);
+    GstMemory* handOut(const std::shared_ptr<PhysBlock>& block);
+    void markShown(uint64_t number);
+    void giveBack(const std::shared_ptr<PhysBlock>& block, uint64_t number);
+
+    std::mutex m_Mutex; // guards everything below
+    std::condition_variable m_Changed;
+    std::vector<std::shared_ptr<PhysBlock>> m_vecUnused;
     int m_nOut = 0;
-    int m_nEvents = 0;
-    uint32_t m_nLastOut = 0; // 0: it has been shown
-    bool m_bInterrupted = false;
+    uint64_t m_nTaken = 0; // number of the frame taken last
+    uint64_t m_nShown = 0; // highest number shown or dropped
+    bool m_bActive = false;
+    bool m_bFlushing = false;
+    bool m_bPlaying = false;
 };

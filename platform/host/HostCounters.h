@@ -1,13 +1,17 @@
-// What the host platform has done, for tests and benchmarks; any thread.
+// What the host platform has done so far, for tests and measurements. Any thread.
 #pragma once
 
 #include <atomic>
 
 struct HostCounters
 {
-    std::atomic<int> framesExported{0}; // decoded frames copied into video memory
-    std::atomic<int> framesOut{0};      // of these, not yet given back
-    std::atomic<int> uploads{0};        // frames that reached a texture
+    std::atomic<unsigned> framesExported{0}; // frames pushed on to the sink
+    std::atomic<unsigned> uploads{0};        // frames converted and sent to a texture
+    std::atomic<int> framesOut{0};           // frames that have not come back to their pool
 };
 
-HostCounters& hostCounters();
+inline HostCounters& hostCounters()
+{
+    static HostCounters counters;
+    return counters;
+}

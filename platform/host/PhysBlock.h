@@ -1,6 +1,9 @@
-// Stand-in for physically contiguous memory: a block with a virtual address and a made-up 32-bit
-// physical one, by which the direct textures find it. Any thread.
+// One block of memory that the device would see as physically contiguous: a virtual address and a
+// made-up 32-bit physical one, for the host's processes know no real ones. It can be found by its
+// physical address for as long as it lives. Any thread.
 #pragma once
+
+#include "player/phymem.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -9,20 +12,24 @@
 class PhysBlock
 {
 public:
-    explicit PhysBlock(size_t size); // bytes
+    // Null when the memory is gone.
+    static std::shared_ptr<PhysBlock> make(size_t size);
+
+    // The block at this physical address, kept alive by what is returned; null: none there.
+    static std::shared_ptr<PhysBlock> find(uint32_t physical);
+
     ~PhysBlock();
     PhysBlock(const PhysBlock&) = delete;
     PhysBlock& operator=(const PhysBlock&) = delete;
 
-    unsigned char* data() const { return m_data.get(); }
-    size_t size() const { return m_size; }
-    uint32_t physical() const { return m_physical; } // never 0, never all ones
-
-    // Where a living block with this physical address lies, or null.
-    static unsigned char* find(uint32_t physical);
+    size_t size() const { return m_nSize; }
+    unsigned char* data() const { return m_Descriptor.vaddr; }
+    uint32_t physical() const { return static_cast<uint32_t>(m_Descriptor.paddr); }
+    PhyMemBlock* descriptor() { return &m_Descriptor; }
 
 private:
-    size_t m_size;
-    std::unique_ptr<unsigned char[]> m_data;
-    uint32_t m_physical;
+    PhysBlock(unsigned char* data, size_t size);
+
+    PhyMemBlock m_Descriptor;
+    const size_t m_nSize;
 };

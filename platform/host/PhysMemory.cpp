@@ -1,17 +1,14 @@
 #include "platform/host/PhysMemory.h"
 
-#include "player/phymem.h"
+#include <utility>
 
 namespace {
 
-constexpr char kMemoryType[] = "QuadplayerPhysMemory";
-
 struct PhysMemory
 {
-    GstMemory base; // first: GStreamer sees the whole as this
-    std::unique_ptr<PhysBlock> block;
-    std::shared_ptr<FramePool> pool;
-    PhyMemBlock descriptor;
+    GstMemory base; // first: GStreamer knows no more than this
+    std::shared_ptr<PhysBlock> block;
+    std::function<void()> onUnmapped;
 };
 
 PhysMemory* physMemory(GstMemory* memory)
@@ -19,85 +16,92 @@ PhysMemory* physMemory(GstMemory* memory)
     return reinterpret_cast<PhysMemory*>(memory);
 }
 
-gpointer mapMemory(GstMemory* memory, gsize /*maxSize*/, GstMapFlags /*flags*/)
+} // namespace
+
+struct QuadplayerPhysAllocator
+{
+    GstAllocator base;
+};
+struct QuadplayerPhysAllocatorClass
+{
+    GstAllocatorClass base;
+};
+
+G_DEFINE_TYPE(QuadplayerPhysAllocator, quadplayer_phys_allocator, GST_TYPE_ALLOCATOR)
+
+namespace {
+
+GstAllocator* physAllocator()
+{
+    // Kept for ever, as GStreamer keeps its own.
+    static auto* allocator = GST_ALLOCATOR(
+        gst_object_ref_sink(g_object_new(quadplayer_phys_allocator_get_type(), nullptr)));
+    return allocator;
+}
+
+GstMemory* allocBlock(GstAllocator*, gsize size, GstAllocationParams*)
+{
+    auto block = PhysBlock::make(size);
+    return block ? newPhysMemory(std::move(block)) : nullptr;
+}
+
+void freeMemory(GstAllocator*, GstMemory* memory)
+{
+    delete physMemory(memory);
+}
+
+gpointer mapMemory(GstMemory* memory, gsize, GstMapFlags)
 {
     return physMemory(memory)->block->data();
 }
 
 void unmapMemory(GstMemory* memory)
 {
-    const PhysMemory* phys = physMemory(memory);
-    phys->pool->setShown(phys->block->physical());
+    if (physMemory(memory)->onUnmapped)
+        physMemory(memory)->onUnmapped();
 }
 
-void freeMemory(GstAllocator* /*allocator*/, GstMemory* memory)
+GstMemory* physMemoryOf(GstBuffer* buffer)
 {
-    PhysMemory* phys = physMemory(memory);
-    phys->pool->giveBack(std::move(phys->block));
-    delete phys;
+    if (!buffer || gst_buffer_n_memory(buffer) != 1)
+        return nullptr;
+    GstMemory* memory = gst_buffer_peek_memory(buffer, 0);
+    return memory->allocator == physAllocator() ? memory : nullptr;
 }
 
 } // namespace
 
-struct QuadplayerPhysAllocator
-{
-    GstAllocator parent;
-};
-
-struct QuadplayerPhysAllocatorClass
-{
-    GstAllocatorClass parent_class;
-};
-
-G_DEFINE_TYPE(QuadplayerPhysAllocator, quadplayer_phys_allocator, GST_TYPE_ALLOCATOR)
-
 static void quadplayer_phys_allocator_class_init(QuadplayerPhysAllocatorClass* klass)
 {
-    klass->parent_class.free = freeMemory;
+    klass->base.alloc = allocBlock;
+    klass->base.free = freeMemory;
 }
 
 static void quadplayer_phys_allocator_init(QuadplayerPhysAllocator* allocator)
 {
-    GstAllocator* base = &allocator->parent;
-    base->mem_type = kMemoryType;
-    base->mem_map = mapMemory;
-    base->mem_unmap = unmapMemory;
-    GST_OBJECT_FLAG_SET(base, GST_ALLOCATOR_FLAG_CUSTOM_ALLOC);
+    allocator->base.mem_type = "HostPhysicalMemory";
+    allocator->base.mem_map = mapMemory;
+    allocator->base.mem_unmap = unmapMemory;
+    GST_OBJECT_FLAG_SET(allocator, GST_ALLOCATOR_FLAG_CUSTOM_ALLOC);
 }
 
-namespace {
-
-// One for the process: GStreamer's memories hold a reference each.
-GstAllocator* allocator()
-{
-    static auto* instance = [] {
-        auto* made =
-            static_cast<GstAllocator*>(g_object_new(quadplayer_phys_allocator_get_type(), nullptr));
-        gst_object_ref_sink(made);
-        GST_OBJECT_FLAG_SET(made, GST_OBJECT_FLAG_MAY_BE_LEAKED);
-        return made;
-    }();
-    return instance;
-}
-
-} // namespace
-
-GstMemory* wrapPhysBlock(std::shared_ptr<FramePool> pool, std::unique_ptr<PhysBlock> block)
+GstMemory* newPhysMemory(std::shared_ptr<PhysBlock> block, std::function<void()> onUnmapped)
 {
     const size_t size = block->size();
-    auto* phys = new PhysMemory{{}, std::move(block), std::move(pool), {}};
-    phys->descriptor = {phys->block->data(), phys->block->physical()};
-    gst_memory_init(&phys->base, GST_MEMORY_FLAG_NO_SHARE, allocator(), nullptr, size, 0, 0, size);
-    return &phys->base;
+    auto* memory = new PhysMemory{{}, std::move(block), std::move(onUnmapped)};
+    // A part of a block would have no physical address of its own.
+    gst_memory_init(&memory->base, GST_MEMORY_FLAG_NO_SHARE, physAllocator(), nullptr, size, 0, 0,
+                    size);
+    return &memory->base;
 }
 
 gboolean gst_buffer_is_phymem(GstBuffer* buffer)
 {
-    return gst_buffer_n_memory(buffer) == 1 &&
-           gst_memory_is_type(gst_buffer_peek_memory(buffer, 0), kMemoryType);
+    return physMemoryOf(buffer) ? TRUE : FALSE;
 }
 
 PhyMemBlock* gst_buffer_query_phymem_block(GstBuffer* buffer)
 {
-    return &physMemory(gst_buffer_peek_memory(buffer, 0))->descriptor;
+    GstMemory* memory = physMemoryOf(buffer);
+    return memory ? physMemory(memory)->block->descriptor() : nullptr;
 }

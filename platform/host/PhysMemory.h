@@ -1,12 +1,12 @@
-// GStreamer memory in blocks of a frame pool: what gst_buffer_is_phymem() recognises.
+// GStreamer memory that lies in one PhysBlock; gst_buffer_is_phymem() recognises it. Any thread.
 #pragma once
 
-#include "platform/host/FramePool.h"
+#include "platform/host/PhysBlock.h"
 
-#include <memory>
+#include <functional>
 
 #include <gst/gst.h>
 
-// Wraps a block of the pool; it goes back when the memory's last user lets go. Mapping and
-// unmapping it reports to the pool that it has been looked at.
-GstMemory* wrapPhysBlock(std::shared_ptr<FramePool> pool, std::unique_ptr<PhysBlock> block);
+// Wraps a block. `onUnmapped` is called after every unmapping, in the thread that unmaps; both go
+// with the last reference to the memory.
+GstMemory* newPhysMemory(std::shared_ptr<PhysBlock> block, std::function<void()> onUnmapped = {});

@@ -5,9 +5,14 @@
 #include <QOpenGLContext>
 #include <QOpenGLFunctions>
 
+#include <array>
+
 namespace {
 
-// Asks a context of its own: no widget has one yet.
+// Parts of the names under which renderers without a GPU are known.
+constexpr std::array<const char*, 4> kSoftwareRenderers = {"llvmpipe", "softpipe", "swrast",
+                                                           "SwiftShader"};
+
 QByteArray rendererName(const QSurfaceFormat& format)
 {
     QOffscreenSurface surface;
@@ -17,14 +22,19 @@ QByteArray rendererName(const QSurfaceFormat& format)
     context.setFormat(format);
     if (!context.create() || !context.makeCurrent(&surface))
         return {};
-    const auto* name = context.functions()->glGetString(GL_RENDERER);
-    return QByteArray(reinterpret_cast<const char*>(name)).toLower();
+    const QByteArray name =
+        reinterpret_cast<const char*>(context.functions()->glGetString(GL_RENDERER));
+    context.doneCurrent();
+    return name;
 }
 
 bool isSoftware(const QByteArray& renderer)
 {
-    return renderer.contains("llvmpipe") || renderer.contains("softpipe") ||
-           renderer.contains("software");
+    for (const char* name : kSoftwareRenderers) {
+        if (renderer.contains(name))
+            return true;
+    }
+    return false;
 }
 
 } // namespace
@@ -34,7 +44,9 @@ QSurfaceFormat adaptPlatformSurfaceFormat(const QSurfaceFormat& format)
     QSurfaceFormat adapted = format;
     adapted.setRenderableType(QSurfaceFormat::OpenGLES);
     adapted.setVersion(2, 0);
-    if (isSoftware(rendererName(adapted)))
+    QSurfaceFormat probe = adapted;
+    probe.setSamples(0);
+    if (isSoftware(rendererName(probe)))
         adapted.setSamples(0);
     return adapted;
 }

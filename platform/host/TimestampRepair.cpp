@@ -1,19 +1,22 @@
 #include "platform/host/TimestampRepair.h"
 
-void TimestampRepair::reset()
+void TimestampRepair::reset(GstClockTime start)
 {
-    *this = TimestampRepair();
+    m_nStart = start;
+    m_nLast = GST_CLOCK_TIME_NONE;
+    m_nStep = 0;
 }
 
-GstClockTime TimestampRepair::next(GstClockTime time, GstClockTime duration)
+GstClockTime TimestampRepair::repaired(GstClockTime pts, GstClockTime duration)
 {
-    const bool first = !GST_CLOCK_TIME_IS_VALID(m_last);
-    if (!GST_CLOCK_TIME_IS_VALID(time))
-        time = first ? 0 : m_last;
-    if (!first && time <= m_last)
-        time = m_last + m_lastDuration;
-    m_step = first ? duration : time - m_last;
-    m_last = time;
-    m_lastDuration = duration;
+    const bool isFirst = !GST_CLOCK_TIME_IS_VALID(m_nLast);
+    GstClockTime time = pts;
+    if (isFirst && !GST_CLOCK_TIME_IS_VALID(pts)) {
+        time = m_nStart;
+    } else if (!isFirst && (!GST_CLOCK_TIME_IS_VALID(pts) || pts <= m_nLast)) {
+        time = m_nLast + duration;
+    }
+    m_nStep = isFirst ? 0 : time - m_nLast;
+    m_nLast = time;
     return time;
 }

@@ -1,6 +1,5 @@
-// Gives every frame a presentation time later than the one before. AVI files with B-frames bring
-// equal times for neighbours, and whoever keeps one frame per time would lose the others.
-// Streaming thread only.
+// Makes a stream's presentation times rise. AVI files with B-frames bring the same time for
+// neighbours, and whoever keeps one frame per time would lose one of them. All times in ns.
 #pragma once
 
 #include <gst/gst.h>
@@ -8,15 +7,17 @@
 class TimestampRepair
 {
 public:
-    void reset(); // at a new segment and after a flush
+    // A new stretch of the stream begins, at `start`.
+    void reset(GstClockTime start);
 
-    // A missing time, or one not later than the last, becomes the last plus its duration.
-    GstClockTime next(GstClockTime time, GstClockTime duration);
+    // The time to give to a frame that says `pts`, or nothing, and stays for `duration`.
+    GstClockTime repaired(GstClockTime pts, GstClockTime duration);
 
-    GstClockTime lastStep() const { return m_step; } // between the last two frames
+    // From the frame before the last to the last.
+    GstClockTime lastStep() const { return m_nStep; }
 
 private:
-    GstClockTime m_last = GST_CLOCK_TIME_NONE;
-    GstClockTime m_lastDuration = 0;
-    GstClockTime m_step = 0;
+    GstClockTime m_nStart = 0;
+    GstClockTime m_nLast = GST_CLOCK_TIME_NONE;
+    GstClockTime m_nStep = 0;
 };

@@ -2,22 +2,25 @@
 
 #include "platform/host/FrameExporter.h"
 
-// The converter in front takes care of formats that the exporter does not read; it passes the
-// others through. As playbin's "video-filter" both come after everything in it that copies frames,
-// so these keep their memory up to the sink.
+namespace {
+
+void addGhostPad(GstElement* bin, GstElement* element, const char* name)
+{
+    GstPad* target = gst_element_get_static_pad(element, name);
+    gst_element_add_pad(bin, gst_ghost_pad_new(name, target));
+    gst_object_unref(target);
+}
+
+} // namespace
+
 void preparePlatformVideoPath(GstElement* playbin)
 {
-    GstElement* path = gst_bin_new("videopath");
+    GstElement* bin = gst_bin_new("hostvideopath");
     GstElement* convert = gst_element_factory_make("videoconvert", nullptr);
-    GstElement* exporter = makeFrameExporter();
-    gst_bin_add_many(GST_BIN(path), convert, exporter, nullptr);
+    GstElement* exporter = newFrameExporter();
+    gst_bin_add_many(GST_BIN(bin), convert, exporter, nullptr);
     gst_element_link(convert, exporter);
-
-    GstPad* sink = gst_element_get_static_pad(convert, "sink");
-    GstPad* src = gst_element_get_static_pad(exporter, "src");
-    gst_element_add_pad(path, gst_ghost_pad_new("sink", sink));
-    gst_element_add_pad(path, gst_ghost_pad_new("src", src));
-    gst_object_unref(sink);
-    gst_object_unref(src);
-    g_object_set(playbin, "video-filter", path, nullptr);
+    addGhostPad(bin, convert, "sink");
+    addGhostPad(bin, exporter, "src");
+    g_object_set(playbin, "video-filter", bin, nullptr);
 }

@@ -204,13 +204,13 @@ void tst_surface::drawsEachView()
     QFETCH(int, view);
     QFETCH(QString, shows);
     std::vector<unsigned char>& frame = format == 0 ? m_packed : m_nv12;
-    const PhysBlock block(frame.size());
-    std::copy(frame.begin(), frame.end(), block.data());
+    const auto block = PhysBlock::make(frame.size());
+    std::copy(frame.begin(), frame.end(), block->data());
 
     m_surface->m_bVideo = true;
     m_surface->setSwitch(view);
     if (path == "physical")
-        drawFrame(format, block.physical(), nullptr);
+        drawFrame(format, block->physical(), nullptr);
     else
         drawFrame(format, path == "copy" ? kCopy : 0, frame.data());
     QCOMPARE(quartersOf(picture()), shows);
