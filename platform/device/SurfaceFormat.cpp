@@ -1,0 +1,6 @@
+#include "platform/SurfaceFormat.h"
+
+QSurfaceFormat adaptPlatformSurfaceFormat(const QSurfaceFormat& format)
+{
+    return format;
+}

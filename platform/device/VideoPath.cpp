@@ -1,0 +1,4 @@
+#include "platform/VideoPath.h"
+
+// The hardware decoder delivers physical memory by itself.
+void preparePlatformVideoPath(GstElement*) {}
