@@ -19,13 +19,13 @@ int stride(const GstVideoFrame& frame, int index)
 // Colours need no repeating: a picture of odd size has half of them, rounded up.
 void repeatLumaEdges(unsigned char* luma, int width, int height)
 {
-    const int outWidth = evenSize(width);
-    if (outWidth != width) {
-        for (int row = 0; row < height; ++row)
-            luma[row * outWidth + width] = luma[row * outWidth + width - 1];
+    const ptrdiff_t stride = evenSize(width);
+    if (stride != width) {
+        for (unsigned char* row = luma; row != luma + stride * height; row += stride)
+            row[width] = row[width - 1];
     }
     if (evenSize(height) != height)
-        std::memcpy(luma + height * outWidth, luma + (height - 1) * outWidth, outWidth);
+        std::memcpy(luma + stride * height, luma + stride * (height - 1), stride);
 }
 
 } // namespace

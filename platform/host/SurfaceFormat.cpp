@@ -5,6 +5,7 @@
 #include <QOpenGLContext>
 #include <QOpenGLFunctions>
 
+#include <algorithm>
 #include <array>
 
 namespace {
@@ -22,19 +23,15 @@ QByteArray rendererName(const QSurfaceFormat& format)
     context.setFormat(format);
     if (!context.create() || !context.makeCurrent(&surface))
         return {};
-    const QByteArray name =
-        reinterpret_cast<const char*>(context.functions()->glGetString(GL_RENDERER));
+    QByteArray name = reinterpret_cast<const char*>(context.functions()->glGetString(GL_RENDERER));
     context.doneCurrent();
     return name;
 }
 
 bool isSoftware(const QByteArray& renderer)
 {
-    for (const char* name : kSoftwareRenderers) {
-        if (renderer.contains(name))
-            return true;
-    }
-    return false;
+    return std::any_of(kSoftwareRenderers.begin(), kSoftwareRenderers.end(),
+                       [&](const char* name) { return renderer.contains(name); });
 }
 
 } // namespace
