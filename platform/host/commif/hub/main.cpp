@@ -25,6 +25,10 @@ FileDescriptor catchStopSignals()
 
 int runHub(const HubOptions& options)
 {
+    if (options.socketPath.empty()) {
+        std::fputs("no private folder for the socket; set XDG_RUNTIME_DIR or --socket\n", stderr);
+        return EXIT_FAILURE;
+    }
     FileDescriptor stop = catchStopSignals();
     FileDescriptor listener = listenAt(options.socketPath);
     if (!listener.isValid()) {
