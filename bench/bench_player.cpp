@@ -1,0 +1,279 @@
+// Measurements of the whole player, in its own process and with its own window:
+//   bench_player road FOLDER        plays every file of the folder from the list to its end
+//   bench_player pace FILE          how late frames are handed on, and what it costs
+//   bench_player memory FILE        resident memory every ten seconds, and the peak
+//   bench_player stop FILE          how long stop, Back and the exit take while all frames are out
+//   bench_player cycles FILE COUNT  Play and Back, again and again: what grows
+// Needs a display and a build with a DEVICE_ROOT.
+#include "app/CPageMain.h"
+#include "app/DisplaySettings.h"
+#include "app/common/DevicePaths.h"
+#include "pages/player/CPagePlayer.h"
+#include "pages/player/CPagePlayerControl.h"
+#include "platform/host/FramePool.h"
+#include "platform/host/HostCounters.h"
+#include "player/CPlayer.h"
+#include "player/EngineClock.h"
+#include "render/CGLWndPlayer.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QEventLoop>
+#include <QFileInfo>
+#include <QListWidget>
+#include <QPushButton>
+#include <QTemporaryDir>
+#include <QTimer>
+
+#include <algorithm>
+#include <cstdio>
+#include <functional>
+#include <memory>
+#include <vector>
+
+#include <sys/resource.h>
+
+namespace {
+
+bool waitFor(const std::function<bool()>& condition, int limitMs)
+{
+    QElapsedTimer clock;
+    clock.start();
+    while (!condition() && clock.elapsed() < limitMs)
+        QApplication::processEvents(QEventLoop::WaitForMoreEvents | QEventLoop::AllEvents, 5);
+    return condition();
+}
+
+void pass(int ms)
+{
+    waitFor([] { return false; }, ms);
+}
+
+double megabytes(const char* field)
+{
+    QFile status("/proc/self/status");
+    status.open(QIODevice::ReadOnly);
+    for (const QByteArray& line : status.readAll().split('\n'))
+        if (line.startsWith(field))
+            return line.simplified().split(' ')[1].toDouble() / 1024;
+    return 0;
+}
+
+int entries(const char* folder)
+{
+    return QDir(folder).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::System).size();
+}
+
+double cpuSeconds()
+{
+    rusage usage = {};
+    getrusage(RUSAGE_SELF, &usage);
+    const auto seconds = [](const timeval& time) { return time.tv_sec + time.tv_usec / 1e6; };
+    return seconds(usage.ru_utime) + seconds(usage.ru_stime);
+}
+
+// The player on a device whose only recordings are these files.
+class Player
+{
+public:
+    explicit Player(const QStringList& files)
+    {
+        for (const QString& file : files)
+            QFile::link(QFileInfo(file).absoluteFilePath(),
+                        m_root.filePath(QFileInfo(file).fileName()));
+        QDir().mkpath(QFileInfo(DevicePaths::kSystemConfig).path());
+        QFile config(DevicePaths::kSystemConfig);
+        config.open(QIODevice::WriteOnly);
+        config.write(m_root.path().toLocal8Bit());
+        config.close();
+        m_window = std::make_unique<CPageMain>(nullptr);
+        page = m_window->findChild<CPagePlayer*>();
+        list = m_window->findChild<QListWidget*>();
+        bar = page->findChild<CPagePlayerControl*>();
+        pass(300);
+    }
+    void play(int row)
+    {
+        list->item(row)->setCheckState(Qt::Checked);
+        list->parentWidget()->findChild<QPushButton*>()->click();
+    }
+    void back() { bar->findChildren<QPushButton*>().last()->click(); }
+    void close() { m_window.reset(); }
+
+    CPagePlayer* page = nullptr;
+    QListWidget* list = nullptr;
+    CPagePlayerControl* bar = nullptr;
+
+private:
+    QTemporaryDir m_root;
+    std::unique_ptr<CPageMain> m_window;
+};
+
+void road(const QString& folder)
+{
+    QStringList files;
+    for (const QFileInfo& info : QDir(folder).entryInfoList({"*.avi", "*.mp4"}, QDir::Files))
+        files << info.filePath();
+    Player player(files);
+    for (int row = 0; row < files.size(); ++row) {
+        const QString name = player.list->item(row)->text();
+        const unsigned exported = hostCounters().framesExported;
+        const unsigned uploads = hostCounters().uploads;
+        QElapsedTimer clock;
+        clock.start();
+        player.play(row);
+        const bool returned = waitFor([&] { return player.page->isHidden(); }, 200000);
+        std::printf("%-28s decoded %4u shown %4u in %6.2f s, %s\n", qPrintable(name),
+                    hostCounters().framesExported - exported, hostCounters().uploads - uploads,
+                    clock.elapsed() / 1000.0, returned ? "back on the list" : "NOT back");
+        if (!returned)
+            player.back();
+    }
+}
+
+struct Pace
+{
+    CGLWndPlayer* surface;
+    qint64 start = 0;
+    std::vector<qint64> arrivals;
+
+    static int receive(int format, unsigned long phys, unsigned char* virt, int width, int height,
+                       void* user)
+    {
+        auto* pace = static_cast<Pace*>(user);
+        pace->arrivals.push_back(currentTimeUs() - pace->start);
+        return CGLWndPlayer::OnVideoData(format, phys, virt, width, height, pace->surface);
+    }
+};
+
+// For a file of constant rate: frame i is due i steps after the start.
+void pace(const QString& file, double rate)
+{
+    QWidget window;
+    window.resize(QGuiApplication::primaryScreen()->size());
+    CGLWndPlayer surface(&window);
+    surface.setGeometry(window.rect());
+    surface.m_bVideo = true;
+    window.show();
+    pass(300);
+    Pace pace{&surface, 0, {}};
+    bool ended = false;
+    auto engine = std::make_unique<CPlayer>(Pace::receive, &pace);
+    QObject::connect(engine.get(), &CPlayer::sgPlayFinished, &window, [&] { ended = true; });
+    engine->initPipeline();
+    const double before = cpuSeconds();
+    pace.start = currentTimeUs();
+    engine->playFile(QFile::encodeName(QFileInfo(file).absoluteFilePath()));
+    waitFor([&] { return ended; }, 200000);
+    const double cpu = cpuSeconds() - before;
+    engine.reset();
+    std::vector<double> late;
+    for (size_t i = 0; i < pace.arrivals.size(); ++i)
+        late.push_back(pace.arrivals[i] / 1000.0 - i * 1000.0 / rate);
+    std::sort(late.begin(), late.end());
+    const auto percentile = [&](double part) { return late[size_t(part * (late.size() - 1))]; };
+    std::printf("decoded %u shown %u; late at the hand-off: p50 %.2f ms, p95 %.2f ms, p99 %.2f ms, "
+                "max %.2f ms; %.1f CPU s\n",
+                hostCounters().framesExported.load(), hostCounters().uploads.load(),
+                percentile(0.5), percentile(0.95), percentile(0.99), late.back(), cpu);
+}
+
+void memory(const QString& file)
+{
+    Player player({file});
+    QElapsedTimer clock;
+    clock.start();
+    QTimer ticks;
+    QObject::connect(&ticks, &QTimer::timeout, [&] {
+        std::printf("%5.1f s: %.1f MB\n", clock.elapsed() / 1000.0, megabytes("VmRSS"));
+    });
+    ticks.start(10000);
+    player.play(0);
+    waitFor([&] { return player.page->isHidden(); }, 200000);
+    std::printf("back after %.2f s, peak %.1f MB\n", clock.elapsed() / 1000.0, megabytes("VmHWM"));
+}
+
+void waitPoolEmpty()
+{
+    waitFor([] { return hostCounters().framesOut == FramePool::kFrames; }, 5000);
+}
+
+void stop(const QString& file)
+{
+    QElapsedTimer clock;
+    const auto report = [&](const char* what) {
+        std::printf("%-22s %lld ms\n", what, static_cast<long long>(clock.elapsed()));
+    };
+    Player player({file});
+    QPushButton* stopButton = player.bar->findChildren<QPushButton*>()[1];
+    player.play(0);
+    for (const char* what : {"stop while playing", "stop again"}) {
+        waitPoolEmpty();
+        clock.start();
+        stopButton->click();
+        report(what);
+        player.bar->findChildren<QPushButton*>()[0]->click();
+    }
+    waitPoolEmpty();
+    player.bar->findChildren<QPushButton*>()[0]->click(); // pause
+    clock.start();
+    stopButton->click();
+    report("stop while paused");
+    player.back();
+    player.play(0);
+    waitPoolEmpty();
+    clock.start();
+    player.back();
+    report("Back while playing");
+    player.play(0);
+    waitPoolEmpty();
+    clock.start();
+    player.close();
+    report("window closed, playing");
+}
+
+void cycles(const QString& file, int count)
+{
+    Player player({file});
+    for (int i = 1; i <= count; ++i) {
+        const unsigned uploads = hostCounters().uploads;
+        player.play(0);
+        waitFor([&] { return hostCounters().uploads > uploads + 5; }, 10000);
+        player.back();
+        pass(50);
+        if (i == 5 || i == count)
+            std::printf("after %3d: %d threads, %d descriptors, %.1f MB, %d frames out\n", i,
+                        entries("/proc/self/task"), entries("/proc/self/fd"), megabytes("VmRSS"),
+                        hostCounters().framesOut.load());
+    }
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    QApplication app(argc, argv);
+    const QStringList arguments = QApplication::arguments();
+    if (arguments.size() < 3) {
+        std::fprintf(stderr, "usage: bench_player road|pace|memory|stop|cycles FILE [NUMBER]\n");
+        return EXIT_FAILURE;
+    }
+    readScreenSize();
+    loadApplicationFont();
+    setDefaultSurfaceFormat();
+    qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
+    const QString command = arguments[1];
+    const int number = arguments.value(3, QStringLiteral("30")).toInt();
+    if (command == "road")
+        road(arguments[2]);
+    else if (command == "pace")
+        pace(arguments[2], number);
+    else if (command == "memory")
+        memory(arguments[2]);
+    else if (command == "stop")
+        stop(arguments[2]);
+    else if (command == "cycles")
+        cycles(arguments[2], number);
+    return EXIT_SUCCESS;
+}
