@@ -1,8 +1,7 @@
 // The real hub in a runtime folder of its own, driven through its prompt.
 #pragma once
 
-#include "tests/ForkedProcess.h"
-
+#include <QProcess>
 #include <QTemporaryDir>
 #include <QtTest>
 
@@ -47,6 +46,6 @@ public:
     QByteArray output() { return m_output += m_process.readAllStandardOutput(); }
 
 private:
-    ForkedProcess m_process;
+    QProcess m_process;
     QByteArray m_output;
 };

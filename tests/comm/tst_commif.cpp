@@ -155,7 +155,7 @@ void tst_commif::socketIsTaken()
 {
     HubProcess first;
     const auto secondHub = [] {
-        ForkedProcess hub;
+        QProcess hub;
         hub.start(HUB, QStringList());
         return hub.waitForFinished(kLimitMs) ? hub.exitCode() : -1;
     };
