@@ -33,6 +33,7 @@
 #include <memory>
 #include <vector>
 
+#include <malloc.h>
 #include <sys/resource.h>
 
 namespace {
@@ -148,7 +149,8 @@ struct Pace
     }
 };
 
-// For a file of constant rate: frame i is due i steps after the start.
+// For a file of constant rate that starts at 0 (no B-frames): frame i is due i steps after the
+// start.
 void pace(const QString& file, double rate)
 {
     QWidget window;
@@ -248,12 +250,15 @@ void cycles(const QString& file, int count)
                         entries("/proc/self/task"), entries("/proc/self/fd"), megabytes("VmRSS"),
                         hostCounters().framesOut.load());
     }
+    player.close();
+    gst_deinit(); // with GST_TRACERS=leaks what is still alive is listed now
 }
 
 } // namespace
 
 int main(int argc, char** argv)
 {
+    mallopt(M_ARENA_MAX, 1); // as the program does
     QApplication app(argc, argv);
     const QStringList arguments = QApplication::arguments();
     if (arguments.size() < 3) {
