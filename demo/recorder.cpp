@@ -245,7 +245,7 @@ int record(const Scene& scene, int seconds)
 
 int main(int argc, char** argv)
 {
-    qputenv("QT_QPA_PLATFORM", "offscreen"); // text needs the application, not a display
+    qputenv("QT_QPA_PLATFORM", "minimal:enable_fonts"); // text needs fonts, not a display
     QGuiApplication app(argc, argv);
     for (const Scene& scene : kScenes) {
         if (argc == 3 && strcmp(argv[1], scene.name) == 0 && atoi(argv[2]) > 0) {
