@@ -20,10 +20,17 @@ endif()
 if(QP_SANITIZE)
   add_compile_options(-fsanitize=${QP_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
   add_link_options(-fsanitize=${QP_SANITIZE})
+  # What a sanitizer must be told of other libraries, in every program.
   if(QP_SANITIZE MATCHES "address")
     set(CMAKE_ENABLE_EXPORTS ON)
     add_library(leak_checker OBJECT cmake/LeakChecker.cpp)
     link_libraries($<$<STREQUAL:$<TARGET_PROPERTY:TYPE>,EXECUTABLE>:$<TARGET_OBJECTS:leak_checker>>)
+  elseif(QP_SANITIZE MATCHES "thread")
+    set(CMAKE_ENABLE_EXPORTS ON)
+    add_library(race_checker OBJECT cmake/RaceChecker.cpp)
+    target_link_libraries(race_checker PRIVATE Qt5::Core PkgConfig::GST)
+    target_compile_definitions(race_checker PRIVATE QT_NO_VERSION_TAGGING) # not all link Qt
+    link_libraries($<$<STREQUAL:$<TARGET_PROPERTY:TYPE>,EXECUTABLE>:$<TARGET_OBJECTS:race_checker>>)
   endif()
 endif()
 
