@@ -1,0 +1,37 @@
+#!/bin/sh
+# link-check.sh DIR CC TOOLCHAIN: builds the program for the device in DIR, against empty libraries,
+# and compares what it asks of the device's closed interfaces with what it may ask.
+set -eu
+
+dir=$1
+cc=$2
+toolchain=$3
+here=$(dirname "$(realpath "$0")")
+stubs=$dir/stubs
+
+"$here/make-stubs.sh" "$stubs" "$cc"
+cmake -S "$here/../.." -B "$dir/build" -G Ninja -DCMAKE_TOOLCHAIN_FILE="$toolchain" \
+    -DPLATFORM=device -DBUILD_TESTING=OFF -DQP_WERROR=ON \
+    -DGSTFSL_LIBRARY="$stubs/libgstfsl.so" -DGLESV2_LIBRARY="$stubs/libGLESv2.so" \
+    -DCOMMIF_LIBRARY="$stubs/libcommif.so"
+cmake --build "$dir/build" --target quadplayer
+
+"${cc%gcc}nm" -D --undefined-only "$dir/build/quadplayer" | awk '{print $2}' |
+    grep -E '^(gst_buffer_.*phymem|KvrComm_|TlvPacket_|glTexDirect)' | LC_ALL=C sort > "$dir/asked"
+diff - "$dir/asked" <<END
+KvrComm_Exit
+KvrComm_GetInnerErrorCode
+KvrComm_Init
+KvrComm_IsReady
+KvrComm_SendMsg
+TlvPacket_Init
+TlvPacket_ReadBody
+TlvPacket_ReadHead
+TlvPacket_WriteBody_U4B
+TlvPacket_WriteHead
+glTexDirectInvalidateVIV
+glTexDirectVIV
+glTexDirectVIVMap
+gst_buffer_is_phymem
+gst_buffer_query_phymem_block
+END
