@@ -4,6 +4,7 @@ include(GNUInstallDirs)
 
 install(TARGETS quadplayer RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 install(FILES LICENSE CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(FILES docs/quadplayer.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
 install(DIRECTORY docs/examples DESTINATION ${CMAKE_INSTALL_DOCDIR})
 
 if(TARGET commif AND TARGET quadplayer-hub)
@@ -11,5 +12,6 @@ if(TARGET commif AND TARGET quadplayer-hub)
   set_target_properties(quadplayer quadplayer-hub PROPERTIES
     INSTALL_RPATH "$ORIGIN/../${private}")
   install(TARGETS commif LIBRARY DESTINATION ${private})
+  install(FILES docs/quadplayer-hub.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
   install(TARGETS quadplayer-hub RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 endif()
