@@ -73,7 +73,6 @@ public:
         return static_cast<int>(m_Samples.size());
     }
     bool isEnded() const { return m_bEnded; }
-    bool isFailed() const { return m_bFailed; }
 
     GstSample* takeFirst()
     {
@@ -127,8 +126,6 @@ private:
         auto* playback = static_cast<Playback*>(user);
         if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_EOS)
             playback->m_bEnded = true;
-        if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_ERROR)
-            playback->m_bFailed = true;
         gst_message_unref(message);
         return GST_BUS_DROP;
     }
@@ -137,5 +134,4 @@ private:
     mutable std::mutex m_Mutex; // guards m_Samples
     std::deque<GstSample*> m_Samples;
     std::atomic<bool> m_bEnded{false};
-    std::atomic<bool> m_bFailed{false};
 };
