@@ -13,10 +13,7 @@
 
 namespace {
 
-constexpr unsigned kAlreadyOpen = 2;
-constexpr unsigned kBadArgument = 3;
 constexpr unsigned kQueueFull = 5;
-constexpr int kLongest = 4 + 65535;
 
 // Counts what is delivered; `during` runs inside the callback.
 struct Receiver
@@ -47,33 +44,12 @@ class tst_commif : public QObject
 
 private slots:
     void cleanup() { KvrComm_Exit(); }
-    void wrongCalls();
     void hubDoesNotRead();
-    void exitInsideCallback();
     void exitWaitsForCallback();
-    void socketIsTaken();
 
 private:
     RuntimeFolder m_folder;
 };
-
-void tst_commif::wrongCalls()
-{
-    HubProcess hub;
-    Receiver receiver;
-    QVERIFY(receiver.open());
-    QVERIFY(!receiver.open());
-    QCOMPARE(KvrComm_GetInnerErrorCode(), kAlreadyOpen);
-    QVERIFY(KvrComm_SendMsg(2, "text", 4) != 0);
-    QVERIFY(!send(""));
-    QVERIFY(!send(QByteArray(kLongest + 1, 'x')));
-    QCOMPARE(KvrComm_GetInnerErrorCode(), kBadArgument);
-    KvrComm_Exit();
-    KvrComm_Exit();
-    QVERIFY(!send(packet(1)));
-    QVERIFY(hub.waitFor("player left"));
-    QVERIFY(!hub.output().contains("received"));
-}
 
 void tst_commif::hubDoesNotRead()
 {
@@ -90,29 +66,6 @@ void tst_commif::hubDoesNotRead()
     hub.signal(SIGCONT);
     QTRY_COMPARE_WITH_TIMEOUT(hub.output().count("received type=1\n"), sent, kLimitMs);
     QVERIFY(KvrComm_IsReady() != 0);
-}
-
-void tst_commif::exitInsideCallback()
-{
-    HubProcess hub;
-    Receiver receiver;
-    std::atomic<int> again{0};
-    receiver.during = [&] {
-        KvrComm_Exit();
-        again = KvrComm_Init(1, Receiver::receive, &receiver);
-    };
-    QVERIFY(receiver.open());
-    QVERIFY(hub.waitFor("player connected"));
-    hub.type("flood 1000");
-    QVERIFY(hub.waitFor("player left"));
-    QCOMPARE(receiver.packets.load(), 1);
-    QVERIFY(again != 0);
-    QCOMPARE(KvrComm_IsReady(), 0);
-
-    Receiver next;
-    QVERIFY(next.open());
-    hub.type("exit-request");
-    QTRY_COMPARE_WITH_TIMEOUT(next.packets.load(), 1, kLimitMs);
 }
 
 // The link closes with packets unread, which resets the connection; what the player said last must
@@ -148,26 +101,6 @@ void tst_commif::exitWaitsForCallback()
     QCOMPARE(receiver.packets.load(), 1);
     QVERIFY(hub.waitFor("player left"));
     QCOMPARE(hub.output().count("received type=1\n"), 1);
-}
-
-// A second hub gives way to one that answers and to a file that is no socket.
-void tst_commif::socketIsTaken()
-{
-    HubProcess first;
-    const auto secondHub = [] {
-        QProcess hub;
-        hub.start(HUB, QStringList());
-        return hub.waitForFinished(kLimitMs) ? hub.exitCode() : -1;
-    };
-    QCOMPARE(secondHub(), 1);
-    Receiver receiver;
-    QVERIFY(receiver.open());
-    QCOMPARE(first.end(SIGINT), 0);
-    QVERIFY(!QFile::exists(m_folder.socketPath()));
-    QFile other(m_folder.socketPath());
-    QVERIFY(other.open(QIODevice::WriteOnly));
-    QCOMPARE(secondHub(), 1);
-    QVERIFY(other.remove());
 }
 
 QTEST_GUILESS_MAIN(tst_commif)
