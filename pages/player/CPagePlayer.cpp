@@ -7,6 +7,7 @@
 #include "player/EngineClock.h"
 #include "render/CGLWndPlayer.h"
 
+#include <QCoreApplication>
 #include <QTimer>
 
 namespace {
@@ -169,10 +170,13 @@ template <typename Start> void CPagePlayer::startPlayback(Start start)
         slotCmdStop();
 }
 
-// The stopped file's last picture must not stand in for the next one's first.
+// What the stopped file has reported and is still queued is dealt with now: one failure is often
+// reported twice, and the second report would stop the next file. Its last picture must not stand
+// in for the next one's first either.
 void CPagePlayer::stopPlayback()
 {
     m_pPlayer->stop();
+    QCoreApplication::sendPostedEvents(this, QEvent::MetaCall);
     m_pGLWndPlayer->forgetPicture();
 }
 
