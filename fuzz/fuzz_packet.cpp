@@ -5,6 +5,7 @@
 #include <QtGlobal>
 
 #include <cstdlib>
+#include <utility>
 #include <vector>
 
 namespace {
@@ -12,6 +13,7 @@ namespace {
 constexpr size_t kItemHeadBytes = 4;
 
 using Bytes = std::vector<unsigned char>;
+using Items = std::vector<std::pair<uint16_t, uint32_t>>; // tag, length of the value
 
 // Without assert(): it must hold in every build.
 void require(bool holds)
@@ -20,14 +22,33 @@ void require(bool holds)
         std::abort();
 }
 
-// The number of items. Each value lies inside the buffer, behind the one before it.
-size_t readItems(Bytes& bytes)
+// Takes numbers off the input; 0 when it is used up.
+class Input
+{
+public:
+    Input(const unsigned char* data, size_t size) : m_data(data), m_size(size) {}
+    bool isEmpty() const { return m_size == 0; }
+    unsigned next()
+    {
+        if (isEmpty())
+            return 0;
+        --m_size;
+        return *m_data++;
+    }
+
+private:
+    const unsigned char* m_data;
+    size_t m_size;
+};
+
+// Each value lies inside the buffer, behind the one before it.
+Items readItems(Bytes& bytes)
 {
     TlvPacket cursor;
     TlvPacket_Init(&cursor, bytes.data(), static_cast<unsigned>(bytes.size()));
     uint16_t type = 0;
     const bool readable = TlvPacket_ReadHead(&cursor, &type) != 0;
-    size_t items = 0;
+    Items items;
     uint16_t tag = 0;
     uint16_t length = 0;
     size_t used = kItemHeadBytes;
@@ -36,9 +57,9 @@ size_t readItems(Bytes& bytes)
         require(value == bytes.data() + used);
         used += length;
         require(used <= bytes.size());
-        ++items;
+        items.emplace_back(tag, length);
     }
-    require(readable || items == 0);
+    require(readable || items.empty());
     return items;
 }
 
@@ -53,29 +74,41 @@ void parseByLink(Bytes& bytes, size_t items)
     require(counting && requests <= items);
 }
 
-// As many items as the buffer has room for are written and read back, none of them in part.
-void writeAndReadBack(size_t size)
+// A packet written into a buffer of any size reads back as its first items, none of them in part.
+void writeAndReadBack(Input input)
 {
-    constexpr size_t kItemBytes = kItemHeadBytes + sizeof(uint32_t);
-    Bytes bytes(size);
+    const size_t large = size_t(256) * (input.next() & 3);
+    Bytes bytes(large + input.next());
     TlvPacket cursor;
-    TlvPacket_Init(&cursor, bytes.data(), static_cast<unsigned>(size));
-    TlvPacket_WriteHead(&cursor, 1);
-    for (size_t i = 0; i <= size / kItemBytes; ++i)
-        TlvPacket_WriteBody_U4B(&cursor, 2, 0xFFFFFFFF);
-    require(cursor.length <= size);
-    require(readItems(bytes) == (size < kItemHeadBytes ? 0 : (size - kItemHeadBytes) / kItemBytes));
+    TlvPacket_Init(&cursor, bytes.data(), static_cast<unsigned>(bytes.size()));
+    Items written;
+    TlvPacket_WriteHead(&cursor, static_cast<uint16_t>(input.next()));
+    while (!input.isEmpty()) {
+        const auto tag = static_cast<uint16_t>(input.next());
+        const uint32_t before = cursor.length;
+        TlvPacket_WriteBody_U4B(&cursor, tag, 0xFFFFFFFF);
+        if (cursor.length != before)
+            written.emplace_back(tag, sizeof(uint32_t));
+    }
+    require(cursor.length <= bytes.size());
+    bytes.resize(cursor.length);
+    require(readItems(bytes) == written);
 }
 
 void ignoreLine(QtMsgType, const QMessageLogContext&, const QString&) {}
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, size_t size)
+extern "C" int LLVMFuzzerInitialize(int*, char***)
 {
     qInstallMessageHandler(ignoreLine);
+    return 0;
+}
+
+extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, size_t size)
+{
     Bytes bytes(data, data + size); // an allocation of exactly its size
     parseByLink(bytes, readItems(bytes).size());
-    writeAndReadBack(size);
+    writeAndReadBack(Input(data, size));
     return 0;
 }
