@@ -29,7 +29,10 @@ class tst_position_config : public QObject
     Q_OBJECT
 
 private slots:
+    void init() { cleanup(); } // another program may have left one
     void cleanup() { QFile::remove(DevicePaths::kPositionConfig); }
+
+    void missingFile() { QCOMPARE(readInsets(), QString("0 0 0 0 0 0 0 0")); }
 
     void lines_data()
     {
