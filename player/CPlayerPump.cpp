@@ -27,6 +27,16 @@ qint64 presentationTimeUs(GstSample* sample)
     return nanosecondsToUs(static_cast<qint64>(GST_BUFFER_PTS(gst_sample_get_buffer(sample))));
 }
 
+// The sink writes to the last sample that it gave out after a flush, whoever still holds it, and
+// GStreamer complains. So what is kept is another sample of the same frame.
+GstSample* ownSample(GstSample* pulled)
+{
+    GstSample* own = gst_sample_new(gst_sample_get_buffer(pulled), gst_sample_get_caps(pulled),
+                                    nullptr, nullptr);
+    gst_sample_unref(pulled);
+    return own;
+}
+
 bool readSize(GstSample* sample, int* width, int* height)
 {
     GstCaps* caps = gst_sample_get_caps(sample);
@@ -44,7 +54,7 @@ GstFlowReturn CPlayer::on_new_sample_from_sink(GstElement* sink, void* user)
     auto* player = static_cast<CPlayer*>(user);
     GstSample* sample = gst_app_sink_pull_sample(GST_APP_SINK(sink));
     if (sample)
-        player->storeSample(sample);
+        player->storeSample(ownSample(sample));
     return GST_FLOW_OK;
 }
 
