@@ -12,6 +12,7 @@
 #   odd.avi               1 s, 53x41, 10 fps MJPEG: both sizes odd
 #   tiny.avi              1 s, 1x1, 10 fps raw I420, red: the smallest picture (in Matroska,
 #                         which takes any size; GStreamer goes by content, not by name)
+#   resized.mp4           1 s of 320x240, then 1 s of 160x120, 25 fps bare H.264
 #   damaged.mp4           silent.mp4 with zeros for pictures: starts, then ends in an error
 #   notvideo.mp4          a text
 #   empty.mp4             0 bytes
@@ -82,6 +83,13 @@ keep odd.avi
 launch videotestsrc num-buffers=10 pattern=red ! "$(raw I420 1 1 10)" ! matroskamux \
     ! filesink location="$work/tiny.avi"
 keep tiny.avi
+
+for size in "320 240" "160 120"; do
+    launch videotestsrc num-buffers=25 pattern=ball ! "$(raw I420 $size 25)" ! $h264 \
+        ! video/x-h264,stream-format=byte-stream ! filesink location="$work/part"
+    cat "$work/part" >>"$work/resized.mp4"
+done
+keep resized.mp4
 
 # The index at the end stays; the pictures it points to, from behind the first headers, become
 # zeros.

@@ -3,25 +3,20 @@
 #pragma once
 
 #include "platform/VideoPath.h"
-#include "platform/host/HostCounters.h"
-#include "player/phymem.h"
 
 #include <QByteArray>
 #include <QElapsedTimer>
-#include <QTest>
+#include <QSize>
 
 #include <atomic>
 #include <deque>
 #include <mutex>
 
 #include <gst/app/gstappsink.h>
-#include <gst/gst.h>
 
 struct ShownFrame
 {
-    bool isPhysical = false;
-    int width = 0;
-    int height = 0;
+    QSize size;
     qint64 time = -1; // ns
     QByteArray bytes;
 };
@@ -31,7 +26,6 @@ class Playback
 public:
     explicit Playback(const QByteArray& clip)
     {
-        m_pPipeline = gst_element_factory_make("playbin", nullptr);
         GstElement* sink = gst_element_factory_make("appsink", nullptr);
         g_object_set(m_pPipeline, "video-sink", sink, "uri",
                      ("file://" CLIP_DIR "/" + clip).constData(), nullptr);
@@ -39,41 +33,31 @@ public:
         g_object_set(sink, "emit-signals", TRUE, "sync", FALSE, nullptr);
         g_signal_connect(sink, "new-sample", G_CALLBACK(keepSample), this);
         GstBus* bus = gst_element_get_bus(m_pPipeline);
-        gst_bus_set_sync_handler(bus, noteMessage, this, nullptr);
+        gst_bus_set_sync_handler(bus, noteEnd, this, nullptr);
         gst_object_unref(bus);
+        setState(GST_STATE_PLAYING);
     }
     ~Playback()
     {
         setState(GST_STATE_NULL);
         gst_object_unref(m_pPipeline);
-        dropAll();
+        drop(kept());
     }
     Playback(const Playback&) = delete;
     Playback& operator=(const Playback&) = delete;
 
-    // ms that the call took
-    qint64 setState(GstState state)
+    void setState(GstState state) { gst_element_set_state(m_pPipeline, state); }
+    void seek(GstClockTime target)
     {
-        QElapsedTimer timer;
-        timer.start();
-        gst_element_set_state(m_pPipeline, state);
-        return timer.elapsed();
-    }
-    qint64 seek(GstClockTime target)
-    {
-        QElapsedTimer timer;
-        timer.start();
         gst_element_seek_simple(m_pPipeline, GST_FORMAT_TIME, GST_SEEK_FLAG_FLUSH, target);
-        return timer.elapsed();
     }
+    bool isEnded() const { return m_bEnded; }
 
     int kept() const
     {
         const std::lock_guard<std::mutex> lock(m_Mutex);
         return static_cast<int>(m_Samples.size());
     }
-    bool isEnded() const { return m_bEnded; }
-
     GstSample* takeFirst()
     {
         const std::lock_guard<std::mutex> lock(m_Mutex);
@@ -88,9 +72,8 @@ public:
         GstBuffer* buffer = gst_sample_get_buffer(sample);
         const GstStructure* caps = gst_caps_get_structure(gst_sample_get_caps(sample), 0);
         ShownFrame frame;
-        frame.isPhysical = gst_buffer_is_phymem(buffer);
-        gst_structure_get_int(caps, "width", &frame.width);
-        gst_structure_get_int(caps, "height", &frame.height);
+        gst_structure_get(caps, "width", G_TYPE_INT, &frame.size.rwidth(), "height", G_TYPE_INT,
+                          &frame.size.rheight(), nullptr);
         frame.time = static_cast<qint64>(GST_BUFFER_PTS(buffer));
         GstMapInfo map = {};
         gst_buffer_map(buffer, &map, GST_MAP_READ);
@@ -101,17 +84,14 @@ public:
     }
     void drop(int samples)
     {
-        for (int i = 0; i < samples; ++i)
+        while (samples-- > 0)
             gst_sample_unref(takeFirst());
     }
-    void dropAll() { drop(kept()); }
 
 private:
     static GstFlowReturn keepSample(GstElement* sink, Playback* playback)
     {
         GstSample* pulled = gst_app_sink_pull_sample(GST_APP_SINK(sink));
-        if (!pulled)
-            return GST_FLOW_OK;
         // A sample of our own: appsink writes to the last one it gave out, after a flush without
         // asking who else has it, and GStreamer complains.
         GstSample* own = gst_sample_new(gst_sample_get_buffer(pulled), gst_sample_get_caps(pulled),
@@ -121,16 +101,15 @@ private:
         playback->m_Samples.push_back(own);
         return GST_FLOW_OK;
     }
-    static GstBusSyncReply noteMessage(GstBus*, GstMessage* message, void* user)
+    static GstBusSyncReply noteEnd(GstBus*, GstMessage* message, void* user)
     {
-        auto* playback = static_cast<Playback*>(user);
         if (GST_MESSAGE_TYPE(message) == GST_MESSAGE_EOS)
-            playback->m_bEnded = true;
+            static_cast<Playback*>(user)->m_bEnded = true;
         gst_message_unref(message);
         return GST_BUS_DROP;
     }
 
-    GstElement* m_pPipeline;
+    GstElement* m_pPipeline = gst_element_factory_make("playbin", nullptr);
     mutable std::mutex m_Mutex; // guards m_Samples
     std::deque<GstSample*> m_Samples;
     std::atomic<bool> m_bEnded{false};

@@ -3,14 +3,15 @@
 #include "tests/platform/Playback.h"
 
 #include "platform/host/FramePool.h"
-#include "platform/host/PhysBlock.h"
+#include "platform/host/HostCounters.h"
+#include "player/phymem.h"
 
-#include <QSet>
+#include <QTest>
 
 namespace {
 
-constexpr qint64 kAtOnceMs = 2000; // generous: sanitizers, and other work on the machine
 constexpr int kTimeoutMs = 15000;
+constexpr qint64 kAtOnceMs = 2000; // generous: sanitizers, and other work on the machine
 
 // Shows frames until the end of the stream.
 QVector<ShownFrame> showAll(Playback& playback)
@@ -27,6 +28,19 @@ QVector<ShownFrame> showAll(Playback& playback)
     return frames;
 }
 
+bool waitForAllOut(Playback& playback)
+{
+    return QTest::qWaitFor([&] { return playback.kept() == FramePool::kFrames; }, kTimeoutMs);
+}
+
+template <typename Call> bool isAtOnce(Call call)
+{
+    QElapsedTimer timer;
+    timer.start();
+    call();
+    return timer.elapsed() < kAtOnceMs;
+}
+
 } // namespace
 
 class tst_video_path : public QObject
@@ -39,7 +53,7 @@ private slots:
     // Every frame of a test comes back, or it is a leak.
     void cleanup() { QTRY_COMPARE(hostCounters().framesOut.load(), 0); }
 
-    void goesDownWhileAllFramesAreOut_data()
+    void goesDownAndSeeksWhileAllFramesAreOut_data()
     {
         QTest::addColumn<QByteArray>("clip");
         QTest::addColumn<bool>("paused");
@@ -48,150 +62,107 @@ private slots:
         QTest::newRow("playing, with sound") << QByteArray("talking.mp4") << false;
         QTest::newRow("paused, with sound") << QByteArray("talking.mp4") << true;
     }
-    void goesDownWhileAllFramesAreOut()
+    void goesDownAndSeeksWhileAllFramesAreOut()
     {
         QFETCH(QByteArray, clip);
         QFETCH(bool, paused);
+        const GstState state = paused ? GST_STATE_PAUSED : GST_STATE_PLAYING;
         Playback playback(clip);
-        for (int round = 0; round < 3; ++round) {
-            playback.setState(GST_STATE_PLAYING);
-            QTRY_COMPARE_WITH_TIMEOUT(playback.kept(), FramePool::kFrames, kTimeoutMs);
-            if (paused)
-                playback.setState(GST_STATE_PAUSED);
-            QVERIFY(playback.setState(GST_STATE_NULL) < kAtOnceMs);
-            playback.dropAll();
-        }
-    }
-
-    void seeksWhileAllFramesAreOut_data()
-    {
-        QTest::addColumn<bool>("paused");
-        QTest::newRow("playing") << false;
-        QTest::newRow("paused") << true;
-    }
-    void seeksWhileAllFramesAreOut()
-    {
-        QFETCH(bool, paused);
-        Playback playback("long.mp4");
-        playback.setState(GST_STATE_PLAYING);
-        for (const GstClockTime target : {34, 68, 34, 0}) {
-            QTRY_COMPARE_WITH_TIMEOUT(playback.kept(), FramePool::kFrames, kTimeoutMs);
-            if (paused)
-                playback.setState(GST_STATE_PAUSED);
-            QVERIFY(playback.seek(target * GST_SECOND) < kAtOnceMs);
+        for (const GstClockTime target : {1, 0}) {
+            QVERIFY(waitForAllOut(playback));
+            playback.setState(state);
+            QVERIFY(isAtOnce([&] { playback.seek(target * GST_SECOND); }));
             playback.drop(FramePool::kFrames); // what was out before
             playback.setState(GST_STATE_PLAYING);
             QTRY_VERIFY_WITH_TIMEOUT(playback.kept() > 0, kTimeoutMs);
             QCOMPARE(playback.showFirst().time, qint64(target * GST_SECOND));
         }
+        QVERIFY(waitForAllOut(playback));
+        playback.setState(state);
+        QVERIFY(isAtOnce([&] { playback.setState(GST_STATE_NULL); }));
     }
 
     void endsOnceTheLastFrameWasShown()
     {
         Playback playback("odd.avi");
-        playback.setState(GST_STATE_PLAYING);
         for (int frame = 0; frame < 10; ++frame) {
             QTRY_VERIFY_WITH_TIMEOUT(playback.kept() > 0, kTimeoutMs);
-            QTest::qWait(20);
-            QVERIFY2(!playback.isEnded(), qPrintable(QString::number(frame)));
+            QTest::qWait(20); // for an end that comes too early
+            QVERIFY(!playback.isEnded());
             playback.showFirst();
         }
         QTRY_VERIFY_WITH_TIMEOUT(playback.isEnded(), kTimeoutMs);
-        QCOMPARE(playback.kept(), 0);
+    }
+    void aPauseDoesNotLoseTheEnd()
+    {
+        Playback playback("odd.avi");
+        QVERIFY(waitForAllOut(playback));
+        playback.setState(GST_STATE_PAUSED);
+        playback.showFirst();
+        QVERIFY(!QTest::qWaitFor([&] { return playback.isEnded(); }, 100));
+        playback.setState(GST_STATE_PLAYING);
+        QCOMPARE(showAll(playback).size(), 9);
     }
     void givesUpOnALastFrameThatNobodyShows()
     {
         Playback playback("tiny.avi");
-        playback.setState(GST_STATE_PLAYING);
-        QElapsedTimer timer;
-        timer.start();
-        while (!playback.isEnded() && timer.elapsed() < kTimeoutMs) {
-            playback.dropAll();
-            QTest::qWait(1);
-        }
-        QVERIFY(playback.isEnded());
+        QVERIFY(waitForAllOut(playback));
+        playback.drop(FramePool::kFrames);
+        QTRY_COMPARE_WITH_TIMEOUT(playback.kept(), 2, kTimeoutMs);
+        QTRY_VERIFY_WITH_TIMEOUT(playback.isEnded(), kTimeoutMs);
     }
-    void letsGoOfTheEnd_data()
+    void aSeekOvertakesTheEnd()
     {
-        QTest::addColumn<bool>("seeks");
-        QTest::newRow("by going down") << false;
-        QTest::newRow("by a seek") << true;
-    }
-    void letsGoOfTheEnd()
-    {
-        QFETCH(bool, seeks);
-        Playback playback("silent.mp4");
-        playback.setState(GST_STATE_PLAYING);
-        for (int frame = 0; frame < 54; ++frame) {
-            QTRY_VERIFY_WITH_TIMEOUT(playback.kept() > 0, kTimeoutMs);
+        Playback playback("odd.avi");
+        // Many times: the end that goes on all the same is not always faster than the flush.
+        for (int round = 0; round < 30; ++round) {
+            QVERIFY(waitForAllOut(playback));
             playback.showFirst();
+            playback.showFirst();
+            QVERIFY(waitForAllOut(playback)); // only the end is missing
+            QVERIFY(isAtOnce([&] { playback.seek(0); }));
+            playback.drop(FramePool::kFrames);
         }
-        QTRY_COMPARE_WITH_TIMEOUT(playback.kept(), 6, kTimeoutMs); // only the end is missing
-        if (!seeks) {
-            QVERIFY(playback.setState(GST_STATE_NULL) < kAtOnceMs);
-            return;
-        }
-        QVERIFY(playback.seek(0) < kAtOnceMs);
-        playback.drop(6);
-        QCOMPARE(showAll(playback).size(), 60);
-        QVERIFY(playback.isEnded());
+        QCOMPARE(showAll(playback).size(), 10);
     }
 
-    void carriesWholeClips_data()
+    void sizesAreEvenAndRowsTight_data()
     {
         QTest::addColumn<QByteArray>("clip");
-        QTest::addColumn<int>("frames");
-        QTest::addColumn<QSize>("size");
-        QTest::newRow("with sound") << QByteArray("talking.mp4") << 75 << QSize(320, 240);
-        QTest::newRow("without sound") << QByteArray("silent.mp4") << 60 << QSize(320, 240);
-        QTest::newRow("equal times") << QByteArray("bframes.avi") << 50 << QSize(320, 240);
-        QTest::newRow("odd sizes") << QByteArray("odd.avi") << 10 << QSize(54, 42);
-        QTest::newRow("one pixel") << QByteArray("tiny.avi") << 10 << QSize(2, 2);
+        QTest::addColumn<QVector<QSize>>("sizes"); // of the first and the last frame
+        QTest::newRow("odd") << QByteArray("odd.avi") << QVector<QSize>{{54, 42}, {54, 42}};
+        QTest::newRow("one pixel") << QByteArray("tiny.avi") << QVector<QSize>{{2, 2}, {2, 2}};
+        QTest::newRow("changing") << QByteArray("resized.mp4")
+                                  << QVector<QSize>{{320, 240}, {160, 120}};
     }
-    void carriesWholeClips()
+    void sizesAreEvenAndRowsTight()
     {
         QFETCH(QByteArray, clip);
-        QFETCH(int, frames);
-        QFETCH(QSize, size);
+        QFETCH(QVector<QSize>, sizes);
         Playback playback(clip);
-        playback.setState(GST_STATE_PLAYING);
-        const QVector<ShownFrame> shown = showAll(playback);
+        QVERIFY(waitForAllOut(playback)); // also across a change
+        const QVector<ShownFrame> frames = showAll(playback);
         QVERIFY(playback.isEnded());
-        QCOMPARE(shown.size(), frames);
-        QSet<qint64> times;
-        for (const ShownFrame& frame : shown) {
-            QVERIFY(frame.isPhysical);
-            QCOMPARE(QSize(frame.width, frame.height), size);
-            QCOMPARE(frame.bytes.size(), size.width() * size.height() * 3 / 2);
-            QVERIFY(times.isEmpty() || frame.time > *std::max_element(times.begin(), times.end()));
-            times.insert(frame.time);
-        }
+        QCOMPARE((QVector<QSize>{frames.first().size, frames.last().size}), sizes);
+        for (const ShownFrame& frame : frames)
+            QCOMPARE(frame.bytes.size(), frame.size.width() * frame.size.height() * 3 / 2);
+        if (clip == "tiny.avi") // red in BT.601 of limited range, its only pixel repeated
+            QCOMPARE(frames.first().bytes.toHex(), QByteArray("515151515af0"));
     }
 
-    void repeatsTheOnlyPixel()
-    {
-        Playback playback("tiny.avi");
-        playback.setState(GST_STATE_PLAYING);
-        QTRY_VERIFY_WITH_TIMEOUT(playback.kept() > 0, kTimeoutMs);
-        // Red in BT.601 of limited range.
-        QCOMPARE(playback.showFirst().bytes.toHex(), QByteArray("515151515af0"));
-    }
-
-    void keepsFramesThatOutliveTheirPool()
+    void framesOutliveTheirPool()
     {
         GstSample* sample = nullptr;
         {
             Playback playback("silent.mp4");
-            playback.setState(GST_STATE_PLAYING);
             QTRY_VERIFY_WITH_TIMEOUT(playback.kept() > 0, kTimeoutMs);
             sample = playback.takeFirst();
         }
-        const PhyMemBlock* block = gst_buffer_query_phymem_block(gst_sample_get_buffer(sample));
-        const auto physical = static_cast<uint32_t>(block->paddr);
         QCOMPARE(hostCounters().framesOut.load(), 1);
-        QCOMPARE(PhysBlock::find(physical)->data(), block->vaddr);
+        GstBuffer* buffer = gst_sample_get_buffer(sample);
+        QVERIFY(gst_buffer_is_phymem(buffer));
+        gst_buffer_query_phymem_block(buffer)->vaddr[0] = 1; // a sanitizer would object
         gst_sample_unref(sample);
-        QVERIFY(!PhysBlock::find(physical));
     }
 };
 
