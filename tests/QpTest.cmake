@@ -30,6 +30,10 @@ function(qp_add_test name)
   target_link_libraries(${name} PRIVATE ${ARG_LIBS} Qt5::Test)
   if(CMAKE_CROSSCOMPILING)
     target_sources(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests/EmulatedProcess.cpp)
+    if(ARG_DISPLAY)
+      set_property(TARGET ${name} PROPERTY CROSSCOMPILING_EMULATOR
+        ${PROJECT_SOURCE_DIR}/tests/with-renderer.sh ${CMAKE_CROSSCOMPILING_EMULATOR})
+    endif()
   endif()
   if(ARG_CLIPS)
     add_dependencies(${name} clips)
@@ -65,8 +69,7 @@ function(qp_test_starts name macro target)
 endfunction()
 
 # Emulated, a program cannot be traced, which the leak check needs, and file status is not looked up
-# in the sysroot, which the search for plugins needs. Mesa's faster renderer takes the first branch
-# whatever an int uniform holds there: every view came out as the first one.
+# in the sysroot, which the search for plugins needs. with-renderer.sh says what draws.
 set(QP_LEAK_CHECK 1)
 set(QP_EMULATOR_ENVIRONMENT)
 if(CMAKE_CROSSCOMPILING)
@@ -74,7 +77,7 @@ if(CMAKE_CROSSCOMPILING)
   set(QP_EMULATOR_ENVIRONMENT
       "GST_PLUGIN_SYSTEM_PATH_1_0=${CMAKE_SYSROOT}/usr/lib/${CMAKE_LIBRARY_ARCHITECTURE}/gstreamer-1.0"
       "GST_REGISTRY_FORK=no"
-      "GALLIUM_DRIVER=softpipe")
+      "GALLIUM_DRIVER=virpipe")
 endif()
 
 set(QP_TEST_ENVIRONMENT
