@@ -28,6 +28,7 @@ function(qp_add_test name)
   endif()
   add_executable(${name} ${name}.cpp)
   target_link_libraries(${name} PRIVATE ${ARG_LIBS} Qt5::Test)
+  target_compile_definitions(${name} PRIVATE QP_LIMIT_MS=${QP_LIMIT_MS})
   if(CMAKE_CROSSCOMPILING)
     target_sources(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests/EmulatedProcess.cpp)
     if(ARG_DISPLAY)
@@ -71,6 +72,7 @@ endfunction()
 # Emulated, a program cannot be traced, which the leak check needs, and file status is not looked up
 # in the sysroot, which the search for plugins needs. with-renderer.sh says what draws.
 set(QP_LEAK_CHECK 1)
+set(QP_LIMIT_MS 20000) # for any wait in a test
 set(QP_EMULATOR_ENVIRONMENT)
 if(CMAKE_CROSSCOMPILING)
   set(QP_LEAK_CHECK 0)

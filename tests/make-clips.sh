@@ -6,10 +6,11 @@
 #   silent.mp4            2 s, 320x240, 30 fps H.264, no audio: 60 frames
 #   bframes.avi           2 s, 320x240, 25 fps MPEG-4 with B-frames: 50 frames, but 48 decoded
 #                         timestamps, for AVI knows no presentation times
-#   long.mp4              80 s, 160x120, 5 fps H.264, a key frame every 2 s, no audio
+#   long.mp4              80 s, 320x240, 10 fps H.264, a key frame every 2 s, no audio
 #   quads.mp4             1 s, 320x240, 25 fps H.264, still: red upper left, green upper right,
 #                         blue lower left, yellow lower right
-#   odd.avi               1 s, 53x41, 10 fps MJPEG: both sizes odd
+#   odd.avi               0.8 s, 53x41, 10 fps MJPEG: both sizes odd, as many frames as there are
+#                         in physical memory
 #   tiny.avi              1 s, 1x1, 10 fps raw I420, red: the smallest picture (in Matroska,
 #                         which takes any size; GStreamer goes by content, not by name)
 #   resized.mp4           1 s of 320x240, then 1 s of 160x120, 25 fps bare H.264
@@ -60,8 +61,8 @@ launch videotestsrc num-buffers=50 pattern=ball ! "$(raw I420 320 240 25)" \
     ! avenc_mpeg4 max-bframes=2 gop-size=6 bitrate=400000 ! avimux ! filesink location="$work/bframes.avi"
 keep bframes.avi
 
-launch videotestsrc num-buffers=400 pattern=ball ! "$(raw I420 160 120 5)" \
-    ! $h264 key-int-max=10 ! h264parse ! mp4mux ! filesink location="$work/long.mp4"
+launch videotestsrc num-buffers=800 pattern=ball ! "$(raw I420 320 240 10)" \
+    ! $h264 key-int-max=20 ! h264parse ! mp4mux ! filesink location="$work/long.mp4"
 keep long.mp4
 
 quarter() {
@@ -76,7 +77,7 @@ launch compositor name=pads \
     $(quarter 0xff0000ff sink_2) $(quarter 0xffffff00 sink_3)
 keep quads.mp4
 
-launch videotestsrc num-buffers=10 ! "$(raw I420 53 41 10)" ! jpegenc ! avimux \
+launch videotestsrc num-buffers=8 ! "$(raw I420 53 41 10)" ! jpegenc ! avimux \
     ! filesink location="$work/odd.avi"
 keep odd.avi
 

@@ -2,6 +2,7 @@
 // surface does that is never painted.
 #pragma once
 
+#include <QByteArray>
 #include <QMutex>
 #include <QMutexLocker>
 #include <QSize>
@@ -20,6 +21,7 @@ public:
         {
             const QMutexLocker lock(&log->m_mutex);
             log->m_size = QSize(width, height);
+            log->m_bytes = QByteArray(reinterpret_cast<char*>(virt), width * height * 3 / 2);
         }
         ++log->m_frames;
         while (log->m_hold && !QThread::currentThread()->isInterruptionRequested())
@@ -35,11 +37,17 @@ public:
         const QMutexLocker lock(&m_mutex);
         return m_size;
     }
+    QByteArray bytes()
+    {
+        const QMutexLocker lock(&m_mutex);
+        return m_bytes;
+    }
 
 private:
     std::atomic<int> m_frames{0};
     std::atomic<bool> m_valid{true};
     std::atomic<bool> m_hold{false};
-    QMutex m_mutex;
+    QMutex m_mutex; // guards what follows: the last frame
     QSize m_size;
+    QByteArray m_bytes;
 };

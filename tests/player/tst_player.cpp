@@ -1,5 +1,8 @@
 // The engine against real clips.
 #include "player/CPlayer.h"
+
+#include "platform/host/FramePool.h"
+#include "platform/host/HostCounters.h"
 #include "tests/player/FrameLog.h"
 
 #include <QElapsedTimer>
@@ -9,7 +12,7 @@
 
 namespace {
 
-constexpr int kLimitMs = 20000;
+constexpr int kLimitMs = QP_LIMIT_MS;
 constexpr qint64 kSecond = 1000000000;
 
 QByteArray clip(const QString& name)
@@ -54,30 +57,37 @@ class tst_player : public QObject
     Q_OBJECT
 
 private slots:
+    void idleEngineReportsNothing();
     void reportsEachChangeOnce();
     void playsToTheEnd_data();
     void playsToTheEnd();
     void reportsWhatCannotPlay_data();
     void reportsWhatCannotPlay();
     void pausedTimeDoesNotPass();
+    void aPauseDoesNotLoseTheEnd();
     void seeks_data();
     void seeks();
-    void idleEngineDoesNotSeek();
     void endsAtAnyMoment_data();
     void endsAtAnyMoment();
 };
 
-void tst_player::reportsEachChangeOnce()
+void tst_player::idleEngineReportsNothing()
 {
     Engine e;
     QTest::ignoreMessage(QtDebugMsg,
                          "+++ CPlayer::stop() start ...m_bPlaying= false  m_bPause= false");
     QTest::ignoreMessage(QtDebugMsg, "+++ CPlayer::stop() end ...");
     e.player->stop();
+    e.player->seekForward();
+    e.player->seekBackward();
     QCOMPARE(e.states, QStringList());
+    QCOMPARE(e.player->queryPosition(), -1);
+}
 
+void tst_player::reportsEachChangeOnce()
+{
+    Engine e;
     e.player->playFile(clip("long.mp4"));
-    QVERIFY(e.player->isPlaying());
     QTRY_VERIFY_WITH_TIMEOUT(e.log.frames() > 0, kLimitMs);
     e.player->playPause();
     e.player->playPause();
@@ -88,7 +98,6 @@ void tst_player::reportsEachChangeOnce()
     e.player->stop();
     QCOMPARE(e.states.join(' '), QStringLiteral("restart 10 11 10 11 00"));
     QVERIFY(!e.player->isPlaying());
-    QCOMPARE(e.player->queryDuration(), -1);
 }
 
 void tst_player::playsToTheEnd_data()
@@ -102,7 +111,9 @@ void tst_player::playsToTheEnd_data()
         << "silent.mp4" << 60 << QSize(320, 240) << 1900;
     QTest::newRow("equal timestamps of neighbours")
         << "bframes.avi" << 50 << QSize(320, 240) << 1500;
-    QTest::newRow("odd size") << "odd.avi" << 10 << QSize(54, 42) << 0;
+    QTest::newRow("odd size") << "odd.avi" << 8 << QSize(54, 42) << 700;
+    QTest::newRow("one pixel") << "tiny.avi" << 10 << QSize(2, 2) << 900;
+    QTest::newRow("another size midway") << "resized.mp4" << 50 << QSize(160, 120) << 1900;
     QTest::newRow("umlauts, blanks and Chinese")
         << QString::fromUtf8("名 mit Ümlaut.mp4") << 60 << QSize(320, 240) << 1900;
 }
@@ -120,7 +131,7 @@ void tst_player::playsToTheEnd()
         e.player->playFile(clip(file));
         QTRY_COMPARE_WITH_TIMEOUT(e.finished, round, kLimitMs);
         QVERIFY2(clock.elapsed() >= atLeastMs, qPrintable(QString::number(clock.elapsed())));
-        QTRY_COMPARE(e.updates, round * frames);
+        QCOMPARE(e.updates, round * frames); // none is still to come
         QVERIFY(e.player->isPlaying());
         e.player->stop();
     }
@@ -128,6 +139,8 @@ void tst_player::playsToTheEnd()
     QCOMPARE(e.log.size(), size);
     QVERIFY(e.log.valid());
     QCOMPARE(e.errors, 0);
+    if (file == "tiny.avi") // red in BT.601 of limited range, its only pixel repeated
+        QCOMPARE(e.log.bytes().toHex(), QByteArray("515151515af0"));
 }
 
 void tst_player::reportsWhatCannotPlay_data()
@@ -171,6 +184,19 @@ void tst_player::pausedTimeDoesNotPass()
     QVERIFY2(clock.elapsed() >= 2800 + kPausedMs, qPrintable(QString::number(clock.elapsed())));
 }
 
+// The end waits in the platform for the last frame; that wait outlasts the pause.
+void tst_player::aPauseDoesNotLoseTheEnd()
+{
+    Engine e;
+    e.player->playFile(clip("odd.avi"));
+    QTRY_VERIFY_WITH_TIMEOUT(e.updates > 0, kLimitMs);
+    e.player->playPause();
+    QTRY_COMPARE_WITH_TIMEOUT(e.updates, FramePool::kFrames, kLimitMs);
+    QVERIFY(!QTest::qWaitFor([&] { return e.finished > 0; }, 300));
+    e.player->playPause();
+    QTRY_COMPARE_WITH_TIMEOUT(e.finished, 1, kLimitMs);
+}
+
 void tst_player::seeks_data()
 {
     QTest::addColumn<QString>("steps"); // f and b, from the start of a clip of 80 s
@@ -195,10 +221,13 @@ void tst_player::seeks()
             e.player->seekForward();
         else
             e.player->seekBackward();
-        QTRY_VERIFY_WITH_TIMEOUT(e.log.frames() > before && e.player->queryPosition() >= 0,
+        // Frames that are decoded before the engine takes any again are lost; just before the
+        // end, on a busy machine, that can be all of them.
+        QTRY_VERIFY_WITH_TIMEOUT((e.log.frames() > before && e.player->queryPosition() >= 0) ||
+                                     e.finished > 0,
                                  kLimitMs);
     }
-    // The position runs ahead of the picture by the frames in flight, at 5 to the second, and each
+    // The position runs ahead of the picture by the frames in flight, at 10 to the second, and each
     // step may have played a little before the next.
     const double position = static_cast<double>(e.player->queryPosition()) / kSecond;
     QVERIFY2(position >= lands - 0.1 && position < lands + 12,
@@ -206,34 +235,26 @@ void tst_player::seeks()
     QCOMPARE(e.errors, 0);
 }
 
-void tst_player::idleEngineDoesNotSeek()
-{
-    Engine e;
-    e.player->seekForward();
-    e.player->seekBackward();
-    QCOMPARE(e.states, QStringList());
-    QCOMPARE(e.player->queryPosition(), -1);
-}
-
 void tst_player::endsAtAnyMoment_data()
 {
     QTest::addColumn<QString>("moment");
-    for (const char* moment :
-         {"idle", "just started", "playing", "paused", "hand-off never drawn", "after the end"})
+    for (const char* moment : {"idle", "just started", "playing", "paused", "hand-off never drawn",
+                               "end without the last frame", "after the end"})
         QTest::newRow(moment) << moment;
 }
 
 void tst_player::endsAtAnyMoment()
 {
     QFETCH(QString, moment);
+    const bool toTheEnd = moment.contains("end");
     Engine e;
-    e.log.hold(moment == "hand-off never drawn");
+    e.log.hold(moment == "hand-off never drawn" || moment == "end without the last frame");
     if (moment != "idle")
-        e.player->playFile(clip(moment == "after the end" ? "silent.mp4" : "long.mp4"));
-    if (moment == "playing" || moment == "paused" || moment == "hand-off never drawn")
-        QTRY_VERIFY_WITH_TIMEOUT(e.log.frames() > 0, kLimitMs);
-    if (moment == "after the end")
+        e.player->playFile(clip(toTheEnd ? "odd.avi" : "long.mp4"));
+    if (toTheEnd)
         QTRY_COMPARE_WITH_TIMEOUT(e.finished, 1, kLimitMs);
+    else if (moment != "idle" && moment != "just started")
+        QTRY_VERIFY_WITH_TIMEOUT(e.log.frames() > 0, kLimitMs);
     if (moment == "paused")
         e.player->playPause();
     QElapsedTimer clock;
@@ -241,6 +262,7 @@ void tst_player::endsAtAnyMoment()
     QTest::ignoreMessage(QtDebugMsg, "++ CPlayer::slotProcessSample() quit ...");
     e.player.reset();
     QVERIFY2(clock.elapsed() < 3000, qPrintable(QString::number(clock.elapsed())));
+    QCOMPARE(hostCounters().framesOut.load(), 0);
 }
 
 QTEST_GUILESS_MAIN(tst_player)
