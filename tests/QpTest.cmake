@@ -2,7 +2,8 @@
 # One QtTest program from NAME.cpp, linked to the folders' libraries.
 #   DISPLAY  it opens windows: never beside another one on the same display (focus is global)
 #   DEVICE   it writes the device's files below DEVICE_ROOT; left out of builds without a root
-#   CLIPS    it plays clips; their folder is the macro CLIP_DIR
+#   CLIPS    it plays clips: they have to be made first
+# The macros CLIP_DIR and QP_LIMIT_MS are the clips' folder and the limit of any wait.
 set(QP_REPORTS
     "QObject::connect:|QObject::disconnect:|-CRITICAL \\*\\*|-WARNING \\*\\*|AddressSanitizer|LeakSanitizer|ThreadSanitizer:|runtime error:")
 
@@ -28,7 +29,8 @@ function(qp_add_test name)
   endif()
   add_executable(${name} ${name}.cpp)
   target_link_libraries(${name} PRIVATE ${ARG_LIBS} Qt5::Test)
-  target_compile_definitions(${name} PRIVATE QP_LIMIT_MS=${QP_LIMIT_MS})
+  target_compile_definitions(${name} PRIVATE
+    QP_LIMIT_MS=${QP_LIMIT_MS} CLIP_DIR="${QP_CLIP_DIR}")
   if(CMAKE_CROSSCOMPILING)
     target_sources(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests/EmulatedProcess.cpp)
     if(ARG_DISPLAY)
@@ -38,7 +40,6 @@ function(qp_add_test name)
   endif()
   if(ARG_CLIPS)
     add_dependencies(${name} clips)
-    target_compile_definitions(${name} PRIVATE CLIP_DIR="${QP_CLIP_DIR}")
   endif()
   add_test(NAME ${name} COMMAND ${name})
   set(flags)

@@ -7,7 +7,10 @@
 
 #include <csignal>
 
-constexpr int kLimitMs = 20000;
+constexpr int kLimitMs = QP_LIMIT_MS;
+
+// What the hub prints of the message that the player sends when it leaves.
+const QByteArray kAppSwitch = "received type=1 tag=1 value=8 tag=2 value=1\n";
 
 // Sends every program started from here, and the library in this process, to its own socket.
 class RuntimeFolder
@@ -42,6 +45,12 @@ public:
     bool waitFor(const QByteArray& text)
     {
         return QTest::qWaitFor([&] { return output().contains(text); }, kLimitMs);
+    }
+    QByteArray endWhenPlayerLeft()
+    {
+        waitFor("player left");
+        end(SIGTERM);
+        return output();
     }
     QByteArray output() { return m_output += m_process.readAllStandardOutput(); }
 

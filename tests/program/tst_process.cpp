@@ -1,5 +1,6 @@
 // The program as a process, driven by real keys, and how it leaves.
-#include "tests/program/TestDevice.h"
+#include "tests/TestDevice.h"
+#include "tests/comm/HubProcess.h"
 
 #include <QElapsedTimer>
 #include <QProcess>
@@ -8,8 +9,6 @@
 #include <csignal>
 
 namespace {
-
-constexpr int kLimitMs = 20000;
 
 class Program
 {
@@ -91,6 +90,9 @@ private slots:
     void playsAndLeavesByKeys();
     void leavesOnInterrupt_data();
     void leavesOnInterrupt();
+
+private:
+    RuntimeFolder m_folder;
 };
 
 void tst_process::playsAndLeavesByKeys_data()
@@ -110,6 +112,7 @@ void tst_process::playsAndLeavesByKeys()
     QFETCH(QByteArray, markAndPlay);
     QFETCH(QByteArray, exit);
     const TestDevice device({"silent.mp4"});
+    HubProcess hub;
     Program program(arguments);
     QVERIFY(program.takesKeys());
     Program::key(markAndPlay);
@@ -121,6 +124,7 @@ void tst_process::playsAndLeavesByKeys()
     QVERIFY(program.ended());
     QCOMPARE(program.result(), QStringLiteral("0 0"));
     QVERIFY(!program.output().contains("signal"));
+    QCOMPARE(hub.endWhenPlayerLeft().count(kAppSwitch), 1);
 }
 
 void tst_process::leavesOnInterrupt_data()
@@ -130,6 +134,7 @@ void tst_process::leavesOnInterrupt_data()
     QTest::addColumn<int>("times");
     const QByteArray play = "Return Down Return";
     QTest::newRow("start-up") << QByteArray() << QByteArray("path from cfg file:") << 1;
+    QTest::newRow("no hub: a retry is due") << QByteArray() << QByteArray("failed. errno=1.") << 1;
     QTest::newRow("list") << QByteArray("Down") << QByteArray() << 1;
     QTest::newRow("page just switching") << play << QByteArray("ListToPagePlayer() ...") << 1;
     QTest::newRow("playing") << play << QByteArray("CPlayer::stop() end ...") << 1;
@@ -143,6 +148,9 @@ void tst_process::leavesOnInterrupt()
     QFETCH(QByteArray, moment);
     QFETCH(int, times);
     const TestDevice device({"long.mp4"});
+    std::unique_ptr<HubProcess> hub;
+    if (!moment.contains("errno"))
+        hub = std::make_unique<HubProcess>();
     Program program;
     if (!keys.isEmpty()) {
         QVERIFY(program.takesKeys());
@@ -153,6 +161,8 @@ void tst_process::leavesOnInterrupt()
     QVERIFY(program.ended());
     QCOMPARE(program.result(), QStringLiteral("0 0"));
     QVERIFY(program.output().contains("catch a signal no=2.\n"));
+    if (hub)
+        QCOMPARE(hub->endWhenPlayerLeft().count(kAppSwitch), 1);
 }
 
 QTEST_GUILESS_MAIN(tst_process)

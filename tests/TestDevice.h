@@ -1,5 +1,5 @@
-// A device for tests below DEVICE_ROOT: a root directory with links to clips, and the configuration
-// that names it. Every device starts empty.
+// A device for tests below DEVICE_ROOT: a root directory and the configuration that names it. Every
+// device starts empty.
 #pragma once
 
 #include "app/common/DevicePaths.h"
@@ -16,25 +16,25 @@ public:
     {
         for (const QString& clip : clips)
             add(clip);
-        write(DevicePaths::kSystemConfig, m_root.path() + '\n');
+        write(DevicePaths::kSystemConfig, m_root.path().toLocal8Bit() + '\n');
         QFile::remove(DevicePaths::kPositionConfig);
     }
 
+    // A link to the clip of that name; to nothing where clips are only looked at.
     void add(const QString& clip) const
     {
-        QFile::link(QStringLiteral(CLIP_DIR "/") + clip, m_root.filePath(clip));
+        QFile::link(QStringLiteral(CLIP_DIR "/") + clip, path(clip));
     }
-    void setMargins(const QString& lines) const { write(DevicePaths::kPositionConfig, lines); }
     QString path(const QString& name) const { return m_root.filePath(name); }
 
-private:
-    static void write(const char* path, const QString& text)
+    static void write(const QString& path, const QByteArray& text)
     {
         QDir().mkpath(QFileInfo(path).path());
         QFile file(path);
         if (file.open(QIODevice::WriteOnly))
-            file.write(text.toLocal8Bit());
+            file.write(text);
     }
 
+private:
     QTemporaryDir m_root;
 };
