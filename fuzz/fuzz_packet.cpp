@@ -13,7 +13,7 @@ namespace {
 constexpr size_t kItemHeadBytes = 4;
 
 using Bytes = std::vector<unsigned char>;
-using Items = std::vector<std::pair<uint16_t, uint32_t>>; // tag, length of the value
+using Items = std::vector<std::pair<uint16_t, size_t>>; // tag, length of the value
 
 // Without assert(): it must hold in every build.
 void require(bool holds)
@@ -22,30 +22,17 @@ void require(bool holds)
         std::abort();
 }
 
-// Takes numbers off the input; 0 when it is used up.
-class Input
+TlvPacket cursorOver(Bytes& bytes)
 {
-public:
-    Input(const unsigned char* data, size_t size) : m_data(data), m_size(size) {}
-    bool isEmpty() const { return m_size == 0; }
-    unsigned next()
-    {
-        if (isEmpty())
-            return 0;
-        --m_size;
-        return *m_data++;
-    }
-
-private:
-    const unsigned char* m_data;
-    size_t m_size;
-};
+    TlvPacket cursor;
+    TlvPacket_Init(&cursor, bytes.data(), static_cast<unsigned>(bytes.size()));
+    return cursor;
+}
 
 // Each value lies inside the buffer, behind the one before it.
 Items readItems(Bytes& bytes)
 {
-    TlvPacket cursor;
-    TlvPacket_Init(&cursor, bytes.data(), static_cast<unsigned>(bytes.size()));
+    TlvPacket cursor = cursorOver(bytes);
     uint16_t type = 0;
     const bool readable = TlvPacket_ReadHead(&cursor, &type) != 0;
     Items items;
@@ -75,16 +62,13 @@ void parseByLink(Bytes& bytes, size_t items)
 }
 
 // A packet written into a buffer of any size reads back as its first items, none of them in part.
-void writeAndReadBack(Input input)
+void writeAndReadBack(const Bytes& tags)
 {
-    const size_t large = size_t(256) * (input.next() & 3);
-    Bytes bytes(large + input.next());
-    TlvPacket cursor;
-    TlvPacket_Init(&cursor, bytes.data(), static_cast<unsigned>(bytes.size()));
+    Bytes bytes(tags.empty() ? 0 : tags.front() * 4U + tags.back() % 4U);
+    TlvPacket cursor = cursorOver(bytes);
+    TlvPacket_WriteHead(&cursor, 1);
     Items written;
-    TlvPacket_WriteHead(&cursor, static_cast<uint16_t>(input.next()));
-    while (!input.isEmpty()) {
-        const auto tag = static_cast<uint16_t>(input.next());
+    for (const unsigned char tag : tags) {
         const uint32_t before = cursor.length;
         TlvPacket_WriteBody_U4B(&cursor, tag, 0xFFFFFFFF);
         if (cursor.length != before)
@@ -109,6 +93,6 @@ extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, size_t size)
 {
     Bytes bytes(data, data + size); // an allocation of exactly its size
     parseByLink(bytes, readItems(bytes).size());
-    writeAndReadBack(Input(data, size));
+    writeAndReadBack(bytes);
     return 0;
 }

@@ -2,6 +2,7 @@
 #include "app/common/DevicePaths.h"
 #include "app/common/PositionConfig.h"
 #include "app/common/globals.h"
+#include "tests/Rows.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -36,11 +37,7 @@ private slots:
 
     void lines_data()
     {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QString>("expected");
-        const auto row = [](const char* name, const QString& text, const char* expected) {
-            QTest::newRow(name) << text << expected;
-        };
+        columns<QString, QString>({"text", "expected"});
         row("CRLF, no last line end", "EGL_MARGIN=1,2,3,4\r\nEGL_PADDING=5,6,7,8",
             "1 2 3 4 5 6 7 8");
         row("three fields", "EGL_MARGIN=1,2,3\n", "0 0 0 0 0 0 0 0");

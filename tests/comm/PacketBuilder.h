@@ -3,15 +3,18 @@
 
 #include <QByteArray>
 
-inline QByteArray u16(int value)
-{
-    const auto number = static_cast<quint16>(value);
-    return {reinterpret_cast<const char*>(&number), sizeof number};
-}
-
-inline QByteArray u32(quint32 value)
+template <typename Number> QByteArray bytesOf(Number value)
 {
     return {reinterpret_cast<const char*>(&value), sizeof value};
+}
+
+inline QByteArray u16(int value)
+{
+    return bytesOf(static_cast<quint16>(value));
+}
+inline QByteArray u32(quint32 value)
+{
+    return bytesOf(value);
 }
 
 inline QByteArray item(int tag, const QByteArray& value)

@@ -1,6 +1,7 @@
 // The link through the library's stand-in, with the real hub at the other end.
 #include "comm/CInnerCommunication.h"
 #include "comm/libcommif.h"
+#include "tests/Rows.h"
 #include "tests/comm/HubProcess.h"
 #include "tests/comm/PacketBuilder.h"
 
@@ -77,151 +78,138 @@ class tst_inner_communication : public QObject
 private slots:
     void init() { m_lines = std::make_unique<DebugLines>(); }
     void cleanup() { m_lines.reset(); }
-    void lateHub(); // the first: a process reports five failures
-    void neverSetUp();
-    void receive_data();
-    void receive();
-    void appSwitch();
-    void hubGoneAndBack();
-    void exitDuringFlood();
+    // the first: a process reports five failures
+    void lateHub()
+    {
+        Link link;
+        QCOMPARE(link.timer()->interval(), 1000);
+        QVERIFY(!link.timer()->isActive());
+        link.timer()->setInterval(10);
+        QSignalSpy retries(link.timer(), SIGNAL(timeout()));
+        link.comm.initInnerComm();
+        QVERIFY(!link.comm.isInited());
+        QTRY_VERIFY_WITH_TIMEOUT(retries.count() >= 6, kLimitMs);
+        QCOMPARE(DebugLines::take(), (Lines{kFailure, kFailure, kFailure, kFailure, kFailure}));
+
+        HubProcess hub;
+        QTRY_VERIFY_WITH_TIMEOUT(link.comm.isInited(), kLimitMs);
+        QVERIFY(!link.timer()->isActive());
+        QCOMPARE(DebugLines::take(), Lines{kSuccess});
+    }
+
+    void neverSetUp()
+    {
+        {
+            Link link;
+            link.timer()->setInterval(3600 * 1000);
+            link.comm.initInnerComm();
+            QVERIFY(link.timer()->isActive());
+            HubProcess hub;
+            link.comm.slotAppSwitch();
+            link.comm.exitInnerComm();
+            QCOMPARE(hub.end(SIGTERM), 0);
+            QVERIFY(!hub.output().contains("player connected"));
+        }
+        QCOMPARE(DebugLines::take(), Lines());
+    }
+
+    void receive_data()
+    {
+        columns<QByteArray, int, bool>({"bytes", "requests", "headError"});
+        const QByteArray request = item(3, u32(8));
+        row("exit request", packet(2, item(1, u32(8)) + request), 1, false);
+        row("mask without the exit bit", packet(2, item(3, u32(7))), 0, false);
+        row("all bits set", packet(2, item(3, u32(0xFFFFFFFF))), 1, false);
+        row("short value before a request", packet(2, item(3, u16(8)) + request), 0, false);
+        row("short value after a request", packet(2, request + item(3, u16(8)) + request), 1,
+            false);
+        row("two requests", packet(2, request + request), 2, false);
+        row("request at an odd address", packet(2, item(9, "x") + request), 1, false);
+        row("type 1", packet(1, request), 0, false);
+        row("cut inside the value", packet(2, request).chopped(2), 0, true);
+        row("empty", QByteArray(), 0, true);
+        row("garbage", QByteArray(500, '\xFF'), 0, true);
+        const QByteArray filler = item(9, QByteArray(65535 - 4 - request.size(), 'x'));
+        row("as long as packets can be", packet(2, filler + request), 1, false);
+        row("longer: dropped", packet(2, filler + request) + "x", 0, false);
+    }
+
+    // A request of its own follows each packet and shows that the packet has been worked off.
+    void receive()
+    {
+        QFETCH(QByteArray, bytes);
+        QFETCH(int, requests);
+        QFETCH(bool, headError);
+        HubProcess hub;
+        Link link;
+        link.comm.initInnerComm();
+        QVERIFY(hub.waitFor("player connected"));
+        hub.type("raw " + bytes.toHex());
+        hub.type("exit-request");
+        QVERIFY(link.hasRequests(requests + 1));
+        QCOMPARE(link.requests.load(), requests + 1);
+        const Lines lines = DebugLines::take();
+        QCOMPARE(std::count(lines.begin(), lines.end(), kHeadError), headError ? 1 : 0);
+    }
+
+    void appSwitch()
+    {
+        HubProcess hub;
+        {
+            Link link;
+            link.comm.initInnerComm();
+            link.comm.slotAppSwitch();
+        }
+        QCOMPARE(DebugLines::take(), (Lines{kSuccess, kClosed}));
+        QVERIFY(hub.waitFor("player left"));
+        QCOMPARE(hub.output().count(kAppSwitch), 1);
+        QCOMPARE(hub.output().count("received"), 1);
+    }
+
+    // The link stays up in the eyes of its owner: a message is lost while the hub is away, and gets
+    // through once it is back, over the socket's file of its crash.
+    void hubGoneAndBack()
+    {
+        Link link;
+        {
+            HubProcess hub;
+            link.comm.initInnerComm();
+            QVERIFY(KvrComm_IsReady() != 0);
+            hub.end(SIGKILL);
+        }
+        QCOMPARE(KvrComm_IsReady(), 0);
+        link.comm.slotAppSwitch();
+        QVERIFY(link.comm.isInited());
+        QVERIFY(!link.timer()->isActive());
+        HubProcess hub({"exit-request"});
+        QVERIFY(link.hasRequests(1));
+        QVERIFY(KvrComm_IsReady() != 0);
+        link.comm.slotAppSwitch();
+        QVERIFY(hub.waitFor(kAppSwitch));
+        QCOMPARE(hub.output().count("received"), 1);
+        QCOMPARE(DebugLines::take(), Lines{kSuccess});
+    }
+
+    void exitDuringFlood()
+    {
+        for (int round = 0; round < 10; ++round) {
+            HubProcess hub({"flood 10000"});
+            Link link;
+            link.comm.initInnerComm();
+            QVERIFY(link.hasRequests(1));
+            link.comm.slotAppSwitch();
+            link.comm.exitInnerComm();
+            const int delivered = link.requests;
+            QVERIFY(hub.waitFor("player left"));
+            QCOMPARE(link.requests.load(), delivered);
+            QCOMPARE(hub.output().count(kAppSwitch), 1);
+        }
+    }
 
 private:
     RuntimeFolder m_folder;
     std::unique_ptr<DebugLines> m_lines;
 };
-
-void tst_inner_communication::lateHub()
-{
-    Link link;
-    QCOMPARE(link.timer()->interval(), 1000);
-    QVERIFY(!link.timer()->isActive());
-    link.timer()->setInterval(10);
-    QSignalSpy retries(link.timer(), SIGNAL(timeout()));
-    link.comm.initInnerComm();
-    QVERIFY(!link.comm.isInited());
-    QTRY_VERIFY_WITH_TIMEOUT(retries.count() >= 6, kLimitMs);
-    QCOMPARE(DebugLines::take(), (Lines{kFailure, kFailure, kFailure, kFailure, kFailure}));
-
-    HubProcess hub;
-    QTRY_VERIFY_WITH_TIMEOUT(link.comm.isInited(), kLimitMs);
-    QVERIFY(!link.timer()->isActive());
-    QCOMPARE(DebugLines::take(), Lines{kSuccess});
-}
-
-void tst_inner_communication::neverSetUp()
-{
-    {
-        Link link;
-        link.timer()->setInterval(3600 * 1000);
-        link.comm.initInnerComm();
-        QVERIFY(link.timer()->isActive());
-        HubProcess hub;
-        link.comm.slotAppSwitch();
-        link.comm.exitInnerComm();
-        QCOMPARE(hub.end(SIGTERM), 0);
-        QVERIFY(!hub.output().contains("player connected"));
-    }
-    QCOMPARE(DebugLines::take(), Lines());
-}
-
-void tst_inner_communication::receive_data()
-{
-    QTest::addColumn<QByteArray>("bytes");
-    QTest::addColumn<int>("requests");
-    QTest::addColumn<bool>("headError");
-    const auto row = [](const char* name, const QByteArray& bytes, int requests, bool bad = false) {
-        QTest::newRow(name) << bytes << requests << bad;
-    };
-    const QByteArray request = item(3, u32(8));
-    row("exit request", packet(2, item(1, u32(8)) + request), 1);
-    row("mask without the exit bit", packet(2, item(3, u32(7))), 0);
-    row("all bits set", packet(2, item(3, u32(0xFFFFFFFF))), 1);
-    row("short value before a request", packet(2, item(3, u16(8)) + request), 0);
-    row("short value after a request", packet(2, request + item(3, u16(8)) + request), 1);
-    row("two requests", packet(2, request + request), 2);
-    row("request at an odd address", packet(2, item(9, "x") + request), 1);
-    row("type 1", packet(1, request), 0);
-    row("type 0xFFFF", packet(0xFFFF, request), 0);
-    row("no items", packet(2), 0);
-    row("cut inside the value", packet(2, request).chopped(2), 0, true);
-    row("empty", "", 0, true);
-    row("garbage", QByteArray(500, '\xFF'), 0, true);
-    const QByteArray filler = item(9, QByteArray(65535 - 4 - request.size(), 'x'));
-    row("as long as packets can be", packet(2, filler + request), 1);
-    row("longer: dropped", packet(2, filler + request) + "x", 0);
-}
-
-// A request of its own follows each packet and shows that the packet has been worked off.
-void tst_inner_communication::receive()
-{
-    QFETCH(QByteArray, bytes);
-    QFETCH(int, requests);
-    QFETCH(bool, headError);
-    HubProcess hub;
-    Link link;
-    link.comm.initInnerComm();
-    QVERIFY(hub.waitFor("player connected"));
-    hub.type("raw " + bytes.toHex());
-    hub.type("exit-request");
-    QVERIFY(link.hasRequests(requests + 1));
-    QCOMPARE(link.requests.load(), requests + 1);
-    const Lines lines = DebugLines::take();
-    QCOMPARE(std::count(lines.begin(), lines.end(), kHeadError), headError ? 1 : 0);
-}
-
-void tst_inner_communication::appSwitch()
-{
-    HubProcess hub;
-    {
-        Link link;
-        link.comm.initInnerComm();
-        link.comm.slotAppSwitch();
-    }
-    QCOMPARE(DebugLines::take(), (Lines{kSuccess, kClosed}));
-    QVERIFY(hub.waitFor("player left"));
-    QCOMPARE(hub.output().count(kAppSwitch), 1);
-    QCOMPARE(hub.output().count("received"), 1);
-}
-
-// The link stays up in the eyes of its owner: a message is lost while the hub is away, and gets
-// through once it is back, over the socket's file of its crash.
-void tst_inner_communication::hubGoneAndBack()
-{
-    Link link;
-    {
-        HubProcess hub;
-        link.comm.initInnerComm();
-        QVERIFY(KvrComm_IsReady() != 0);
-        hub.end(SIGKILL);
-    }
-    QCOMPARE(KvrComm_IsReady(), 0);
-    link.comm.slotAppSwitch();
-    QVERIFY(link.comm.isInited());
-    QVERIFY(!link.timer()->isActive());
-    HubProcess hub({"exit-request"});
-    QVERIFY(link.hasRequests(1));
-    QVERIFY(KvrComm_IsReady() != 0);
-    link.comm.slotAppSwitch();
-    QVERIFY(hub.waitFor(kAppSwitch));
-    QCOMPARE(hub.output().count("received"), 1);
-    QCOMPARE(DebugLines::take(), Lines{kSuccess});
-}
-
-void tst_inner_communication::exitDuringFlood()
-{
-    for (int round = 0; round < 10; ++round) {
-        HubProcess hub({"flood 10000"});
-        Link link;
-        link.comm.initInnerComm();
-        QVERIFY(link.hasRequests(1));
-        link.comm.slotAppSwitch();
-        link.comm.exitInnerComm();
-        const int delivered = link.requests;
-        QVERIFY(hub.waitFor("player left"));
-        QCOMPARE(link.requests.load(), delivered);
-        QCOMPARE(hub.output().count(kAppSwitch), 1);
-    }
-}
 
 QTEST_GUILESS_MAIN(tst_inner_communication)
 #include "tst_inner_communication.moc"

@@ -2,6 +2,7 @@
 #include "app/common/CPlayerDatas.h"
 #include "app/common/globals.h"
 #include "pages/list/CPagePlayerList.h"
+#include "tests/Rows.h"
 #include "tests/TestDevice.h"
 
 #include <QApplication>
@@ -58,14 +59,14 @@ private slots:
 
     void readsItsRoot_data()
     {
-        QTest::addColumn<QByteArray>("config"); // % stands for the tree's top; empty: no file
-        QTest::addColumn<QString>("expected");
-        QTest::newRow("one line") << QByteArray("%/in") << "a.mp4";
-        QTest::newRow("CRLF, second line") << QByteArray("%/in\r\n/tmp\r\n") << "a.mp4";
-        QTest::newRow("trailing blank counts") << QByteArray("%/in \n") << "b.mp4";
-        QTest::newRow("no such directory") << QByteArray("%/none") << "";
-        QTest::newRow("empty first line") << QByteArray("\n%/in\n") << "";
-        QTest::newRow("no file") << QByteArray() << "";
+        // config: % stands for the tree's top; empty: no file
+        columns<QByteArray, QString>({"config", "expected"});
+        row("one line", QByteArray("%/in"), "a.mp4");
+        row("CRLF, second line", QByteArray("%/in\r\n/tmp\r\n"), "a.mp4");
+        row("trailing blank counts", QByteArray("%/in \n"), "b.mp4");
+        row("no such directory", QByteArray("%/none"), "");
+        row("empty first line", QByteArray("\n%/in\n"), "");
+        row("no file", QByteArray(), "");
     }
 
     void readsItsRoot()
@@ -76,54 +77,50 @@ private slots:
                           config.replace("%", m_device->path("").toLocal8Bit()));
         if (config.isEmpty())
             QVERIFY(QFile::remove(DevicePaths::kSystemConfig));
-        showPage();
+        showPage({});
         QTEST(names(), "expected");
         QCOMPARE(state(), QString(names().isEmpty() ? "0: exit" : "1: 0>*"));
     }
 
     void scansInOrder()
     {
-        makeTree({"b/", "a/deep.mp4", "c.d/", ".hidden/", "z.mp4", "A.AVI", "m.mkv", "notes.txt",
-                  "x.avi.bak", "x.bak.avi", ".h.mp4", "ü ber.Mp4"});
         for (const char* line : {"-------file cout 2", "-------video cout 4", "-------ItemCount 6",
                                  "-----video listwigdetsort.item= \"A.AVI\""})
             QTest::ignoreMessage(QtDebugMsg, line);
-        showPage();
+        showPage({"b/", "a/deep.mp4", "c.d/", ".hidden/", "z.mp4", "A.AVI", "m.mkv", "notes.txt",
+                  "x.avi.bak", "x.bak.avi", ".h.mp4", "ü ber.Mp4"});
         QCOMPARE(names(), QString("a b A.AVI x.bak.avi z.mp4 ü ber.Mp4"));
     }
 
     // The tree's rows are e (empty), sub (with one video), a.avi and b.mp4.
     void keys_data()
     {
-        QTest::addColumn<bool>("twoKeyMode");
-        QTest::addColumn<QVector<int>>("keys");
-        QTest::addColumn<QString>("expected"); // after each key
-        const auto row = [](const char* name, bool twoKeyMode, const QVector<int>& keys,
-                            const char* expected) {
-            QTest::newRow(name) << twoKeyMode << keys << QString(expected);
-        };
+        // expected: after each key
+        using Keys = QVector<int>;
+        columns<bool, Keys, QString>({"twoKeyMode", "keys", "expected"});
         constexpr int up = Qt::Key_Up, down = Qt::Key_Down, left = Qt::Key_Left;
         constexpr int right = Qt::Key_Right, ok = Qt::Key_Return, back = Qt::Key_Backspace;
         constexpr int one = Qt::Key_1, two = Qt::Key_2, space = Qt::Key_Space;
         constexpr int enter = Qt::Key_Enter;
-        row("down", false, {down, down, down, down, down, down, down},
+        row("down", false, Keys{down, down, down, down, down, down, down},
             "1>*, 2>*, 3>*, play, back, exit, 0>*");
-        row("up", false, {down, up, up, up, up, up}, "1>*, 0>*, exit, back, play, 0>*");
-        row("right", false, {left, right, right, right, right}, "play, back, exit, 0>*, exit");
-        row("left", false, {right, left, left, left, left}, "exit, back, play, 0>*, play");
-        row("marks", false, {down, down, ok, ok, space, enter, space, down},
+        row("up", false, Keys{down, up, up, up, up, up}, "1>*, 0>*, exit, back, play, 0>*");
+        row("right", false, Keys{left, right, right, right, right}, "play, back, exit, 0>*, exit");
+        row("left", false, Keys{right, left, left, left, left}, "exit, back, play, 0>*, play");
+        row("marks", false, Keys{down, down, ok, ok, space, enter, space, down},
             "1>*, 2>*, 2x>*, 2>*, 2x>*, 2>*, 2x>*, 2x 3>*");
-        row("enters, returns, no row", false, {down, ok, back, ok, up, down, back},
+        row("enters, returns, no row", false, Keys{down, ok, back, ok, up, down, back},
             "1>*, 1: 0>*, list, list, list, 0>*, 0>*");
-        row("empty directory", false, {ok, up, left, right, ok, Qt::Key_Exit},
+        row("empty directory", false, Keys{ok, up, left, right, ok, Qt::Key_Exit},
             "0: back, 0: play, 0: exit, 0: play, 0: play, play");
-        row("Back by OK", false, {ok, ok, ok}, "0: back, back, back");
-        row("not the page's", false, {one, two, Qt::Key_End, Qt::Key_Home}, "0>*, 0>*, 3>*, 0>*");
-        row("two keys: ring", true, {one, one, one, one, one, one, one},
+        row("Back by OK", false, Keys{ok, ok, ok}, "0: back, back, back");
+        row("not the page's", false, Keys{one, two, Qt::Key_End, Qt::Key_Home},
+            "0>*, 0>*, 3>*, 0>*");
+        row("two keys: ring", true, Keys{one, one, one, one, one, one, one},
             "1>*, 2>*, 3>*, play, back, exit, 0>*");
-        row("two keys: OK", true, {two, two, one, two, one, one, two},
+        row("two keys: OK", true, Keys{two, two, one, two, one, one, two},
             "0: back, back, exit, exit, 0>*, 1>*, 1: 0>*");
-        row("two keys: mute", true, {up, down, left, right, ok, back, Qt::Key_Exit, space},
+        row("two keys: mute", true, Keys{up, down, left, right, ok, back, Qt::Key_Exit, space},
             "0>*, 0>*, 0>*, 0>*, 0>*, 0>*, 0>*, 0>*");
     }
 
@@ -132,8 +129,7 @@ private slots:
         QFETCH(bool, twoKeyMode);
         QFETCH(QVector<int>, keys);
         g_bTwoKeyMode = twoKeyMode;
-        makeTree(kTree);
-        showPage();
+        showPage(kTree);
         QStringList states;
         for (const int key : keys) {
             click(key);
@@ -144,8 +140,7 @@ private slots:
 
     void actsOnThePressOrOnTheRelease()
     {
-        makeTree(kTree);
-        showPage();
+        showPage(kTree);
         QKeyEvent held(QEvent::KeyPress, Qt::Key_Down, Qt::NoModifier, QString(), true);
         QApplication::sendEvent(m_pList, &held);
         QTest::keyPress(m_pList, Qt::Key_Return);
@@ -157,8 +152,7 @@ private slots:
 
     void taps()
     {
-        makeTree(kTree);
-        showPage();
+        showPage(kTree);
         for (const int x : {12, 45, 90, 600}) { // check mark, icon, name, right end
             tap(2, x);
             QCOMPARE(state(), QString("2x>*"));
@@ -177,8 +171,7 @@ private slots:
 
     void onlyTheCurrentRowStandsOut()
     {
-        makeTree(kTree);
-        showPage();
+        showPage(kTree);
         QWidget* area = m_pList->viewport();
         QTest::mousePress(area, Qt::LeftButton, Qt::NoModifier, rowCentre(0));
         QTest::mouseMove(area, rowCentre(2));
@@ -191,8 +184,7 @@ private slots:
 
     void playsTheMarkedRowsInListOrder()
     {
-        makeTree(kTree);
-        showPage();
+        showPage(kTree);
         tap(3, 90);
         tap(2, 90);
         QTest::mouseClick(m_vecButtons[0], Qt::LeftButton);
@@ -214,8 +206,7 @@ private slots:
 
     void focusedButtonShowsItsFrame()
     {
-        makeTree(kTree);
-        showPage();
+        showPage(kTree);
         for (QPushButton* button : qAsConst(m_vecButtons)) {
             m_pList->setFocus();
             const QImage plain = button->grab().toImage();
@@ -237,8 +228,9 @@ private:
                 TestDevice::write(m_device->path(name), {});
     }
 
-    void showPage()
+    void showPage(const QStringList& tree)
     {
+        makeTree(tree);
         m_log.clear();
         m_page.reset(new CPagePlayerList(nullptr));
         m_page->setGeometry(0, 0, 1280, 720);

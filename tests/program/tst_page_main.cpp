@@ -9,6 +9,7 @@
 #include "pages/player/CPagePlayerControl.h"
 #include "platform/host/HostCounters.h"
 #include "render/CGLWndPlayer.h"
+#include "tests/Rows.h"
 #include "tests/TestDevice.h"
 #include "tests/comm/HubProcess.h"
 
@@ -42,6 +43,8 @@ struct Window
         surface = page->findChild<CGLWndPlayer*>();
         time = bar->findChild<QLabel*>();
         buttons = bar->findChildren<QPushButton*>();
+        if (rows->count() > 0)
+            QTRY_COMPARE(QApplication::focusWidget(), rows);
     }
 
     static void key(Qt::Key key) { QTest::keyClick(QApplication::focusWidget(), key); }
@@ -100,205 +103,177 @@ class tst_page_main : public QObject
 
 private slots:
     void init() { g_bTwoKeyMode = false; }
-    void listHasTheKeysAtStart();
-    void exitHasTheKeysWithoutRows();
-    void playsMarkedFilesAndComesBack();
-    void failedFileLeavesTheIdlePage_data();
-    void failedFileLeavesTheIdlePage();
-    void viewShowsAtOnceWhilePaused();
-    void tapsChooseAView();
-    void keysOnlyBringTheBarBack();
-    void stopShowsGreyBehindHiddenBar();
-    void marginsInsetThePlayerPage();
-    void playWithoutMarksStaysIdle();
-    void playsThroughAFlood();
+    void exitHasTheKeysWithoutRows()
+    {
+        CloseWatch watch;
+        const Window w({});
+        w.main->installEventFilter(&watch);
+        QSignalSpy leaves(w.main.get(), SIGNAL(sgAppExit()));
+        QTRY_VERIFY(qobject_cast<QPushButton*>(QApplication::focusWidget()));
+        Window::key(Qt::Key_Return);
+        QCOMPARE(leaves.count(), 1);
+        QVERIFY(w.main->isHidden());
+        QVERIFY(watch.told);
+    }
+
+    void playsMarkedFilesAndComesBack()
+    {
+        const Window w({"silent.mp4", "talking.mp4"});
+        for (int round = 0; round < 2; ++round) {
+            w.play();
+            QVERIFY(w.page->isVisible() && w.list->isHidden());
+            QVERIFY(w.shows("/00:02"));
+            QVERIFY(w.colourAt(20, 20) != kGrey);
+            QVERIFY(w.shows("/00:03")); // the second file follows by itself
+            w.device.add("long.mp4");   // and the list is read anew
+            QVERIFY(w.onList());
+            QCOMPARE(w.rows->count(), 3);
+            QCOMPARE(QApplication::focusWidget(), w.rows);
+            QVERIFY(CPlayerDatas::getInstance()->isEmpty());
+            QFile::remove(w.device.path("long.mp4"));
+            w.list->enterPage();
+        }
+    }
+
+    void failedFileLeavesTheIdlePage_data()
+    {
+        columns<QString>({"clip"});
+        row("gone since it was listed", "long.mp4");
+        row("empty", "empty.mp4");
+        row("text", "notvideo.mp4");
+        row("damaged", "damaged.mp4");
+    }
+
+    void failedFileLeavesTheIdlePage()
+    {
+        QFETCH(QString, clip);
+        const Window w({clip, "silent.mp4"});
+        if (clip == "long.mp4")
+            QFile::remove(w.device.path(clip));
+        w.play(); // the second file does not follow by itself
+        QTRY_VERIFY_WITH_TIMEOUT(!w.surface->m_bVideo, kLimitMs);
+        QVERIFY(w.page->isVisible());
+        QCOMPARE(w.time->text(), QStringLiteral("0:00:00/0:00:00"));
+        QCOMPARE(w.colourAt(20, 20), kGrey);
+
+        w.key(Qt::Key_Left); // from play/pause round to Back
+        w.key(Qt::Key_Return);
+        QVERIFY(w.onList());
+        w.key(Qt::Key_End);
+        for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Down, Qt::Key_Return})
+            w.key(key);
+        QVERIFY(w.shows("/00:02"));
+    }
+
+    void viewShowsAtOnceWhilePaused()
+    {
+        const Window w({"quads.mp4"});
+        w.key(Qt::Key_3); // no file is loaded
+        w.play();
+        QTRY_VERIFY_WITH_TIMEOUT(w.colourAt(20, 20).red() > 150, kLimitMs);
+        w.key(Qt::Key_Return); // pause
+        QSignalSpy painted(w.surface, SIGNAL(frameSwapped()));
+        QVERIFY(QTest::qWaitFor([&] { return !painted.wait(300); },
+                                kLimitMs)); // frames in flight have passed
+        w.key(Qt::Key_3);
+        QTRY_VERIFY_WITH_TIMEOUT(painted.count() > 0, kLimitMs);
+        QCOMPARE(w.surface->viewMode(), 3);
+        QVERIFY(w.colourAt(20, 20).blue() > 150);
+        w.key(Qt::Key_7);
+        QCOMPARE(w.surface->viewMode(), 0);
+    }
+
+    void tapsChooseAView()
+    {
+        const Window w({"long.mp4"});
+        w.play();
+        w.hideBar();
+        const QPoint lowerRight(w.page->width() / 2, w.page->height() / 2);
+        const QPoint upperLeft = lowerRight - QPoint(1, 1);
+        const QPoint onBar(w.page->width() - 20, w.page->height() - 5); // its background
+        QString views;
+        for (const QPoint& tap : {lowerRight, lowerRight, upperLeft, upperLeft, onBar, onBar}) {
+            QTest::mouseClick(w.page->childAt(tap), Qt::LeftButton, {},
+                              w.page->childAt(tap)->mapFrom(w.page, tap));
+            views += QString::number(w.surface->viewMode());
+        }
+        QCOMPARE(views, QStringLiteral("040104")); // the first only brings the bar back
+        QVERIFY(w.bar->isVisible());
+    }
+
+    void keysOnlyBringTheBarBack()
+    {
+        const Window w({"long.mp4"});
+        w.play();
+        w.key(Qt::Key_Right); // Stop has the focus: what a key must not do now
+        QSignalSpy stops(w.bar, SIGNAL(sgCmdStop()));
+        for (const Qt::Key key : {Qt::Key_Space, Qt::Key_Return, Qt::Key_Left, Qt::Key_Escape}) {
+            w.hideBar();
+            w.key(Qt::Key_2);
+            QVERIFY(w.bar->isHidden());
+            QCOMPARE(w.surface->viewMode(), 2);
+            w.key(key);
+            QVERIFY(w.bar->isVisible());
+            QCOMPARE(QApplication::focusWidget(), w.buttons[1]);
+        }
+        QCOMPARE(stops.count(), 0);
+    }
+
+    void stopShowsGreyBehindHiddenBar()
+    {
+        const Window w({"quads.mp4", "silent.mp4"});
+        w.play();
+        QVERIFY(w.shows("/00:02"));
+        w.hideBar();
+        QTest::mouseClick(w.buttons[1], Qt::LeftButton); // as if the engine had stopped
+        QSignalSpy painted(w.surface, SIGNAL(frameSwapped()));
+        QVERIFY(painted.wait(kLimitMs));
+        QCOMPARE(w.colourAt(20, 20), kGrey);
+    }
+
+    void marginsInsetThePlayerPage()
+    {
+        Window w({});
+        w.main.reset();
+        w.device.write(DevicePaths::kPositionConfig,
+                       "EGL_MARGIN=10,20,30,40\nEGL_PADDING=1,2,3,4\n");
+        readPositionConfig();
+        w.open();
+        QCOMPARE(w.main->geometry(), QRect(0, 0, gScreenW, gScreenH));
+        QCOMPARE(w.page->geometry(), QRect(11, 22, gScreenW - 44, gScreenH - 66));
+        QCOMPARE(w.bar->geometry(), QRect(0, gScreenH - 66 - 80, gScreenW - 44, 80));
+        w.device.write(DevicePaths::kPositionConfig, "EGL_MARGIN=0,0,0,0\nEGL_PADDING=0,0,0,0\n");
+        readPositionConfig();
+    }
+
+    void playWithoutMarksStaysIdle()
+    {
+        const Window w({"silent.mp4"});
+        w.key(Qt::Key_Left); // leaves the list for Play
+        w.key(Qt::Key_Return);
+        QVERIFY(w.page->isVisible());
+        QCOMPARE(w.colourAt(20, 20), kGrey);
+        w.page->setBarStaysUs(500000);
+        QTRY_VERIFY_WITH_TIMEOUT(w.bar->isHidden(), kLimitMs);
+    }
+
+    // No frame is lost, and none of the packets. They ask for other things than an exit.
+    void playsThroughAFlood()
+    {
+        HubProcess hub;
+        const Window w({"silent.mp4"});
+        const unsigned before = hostCounters().uploads;
+        w.play();
+        hub.type("flood 10000 7");
+        QVERIFY(hub.waitFor("sent 10000 of 10000"));
+        QVERIFY(w.page->isVisible());
+        QVERIFY(w.onList());
+        QCOMPARE(hostCounters().uploads - before, 60U);
+    }
 
 private:
     RuntimeFolder m_folder;
 };
-
-void tst_page_main::listHasTheKeysAtStart()
-{
-    const Window w({"silent.mp4", "talking.mp4"});
-    QTRY_COMPARE(QApplication::focusWidget(), w.rows);
-    QCOMPARE(w.rows->currentRow(), 0);
-    QVERIFY(w.page->isHidden());
-    QCOMPARE(w.main->geometry(), QRect(0, 0, gScreenW, gScreenH));
-}
-
-void tst_page_main::exitHasTheKeysWithoutRows()
-{
-    CloseWatch watch;
-    const Window w({});
-    w.main->installEventFilter(&watch);
-    QSignalSpy leaves(w.main.get(), SIGNAL(sgAppExit()));
-    QTRY_VERIFY(qobject_cast<QPushButton*>(QApplication::focusWidget()));
-    Window::key(Qt::Key_Return);
-    QCOMPARE(leaves.count(), 1);
-    QVERIFY(w.main->isHidden());
-    QVERIFY(watch.told);
-}
-
-void tst_page_main::playsMarkedFilesAndComesBack()
-{
-    const Window w({"silent.mp4", "talking.mp4"});
-    QTRY_COMPARE(QApplication::focusWidget(), w.rows);
-    for (int round = 0; round < 2; ++round) {
-        w.play();
-        QVERIFY(w.page->isVisible() && w.list->isHidden());
-        QVERIFY(w.shows("/00:02"));
-        QVERIFY(w.colourAt(20, 20) != kGrey);
-        QVERIFY(w.shows("/00:03")); // the second file follows by itself
-        w.device.add("long.mp4");   // and the list is read anew
-        QVERIFY(w.onList());
-        QCOMPARE(w.rows->count(), 3);
-        QCOMPARE(QApplication::focusWidget(), w.rows);
-        QVERIFY(CPlayerDatas::getInstance()->isEmpty());
-        QFile::remove(w.device.path("long.mp4"));
-        w.list->enterPage();
-    }
-}
-
-void tst_page_main::failedFileLeavesTheIdlePage_data()
-{
-    QTest::addColumn<QString>("clip");
-    QTest::newRow("gone since it was listed") << "long.mp4";
-    QTest::newRow("empty") << "empty.mp4";
-    QTest::newRow("text") << "notvideo.mp4";
-    QTest::newRow("damaged") << "damaged.mp4";
-}
-
-void tst_page_main::failedFileLeavesTheIdlePage()
-{
-    QFETCH(QString, clip);
-    const Window w({clip, "silent.mp4"});
-    QTRY_COMPARE(QApplication::focusWidget(), w.rows);
-    if (clip == "long.mp4")
-        QFile::remove(w.device.path(clip));
-    w.play(); // the second file does not follow by itself
-    QTRY_VERIFY_WITH_TIMEOUT(!w.surface->m_bVideo, kLimitMs);
-    QVERIFY(w.page->isVisible());
-    QCOMPARE(w.time->text(), QStringLiteral("0:00:00/0:00:00"));
-    QCOMPARE(w.colourAt(20, 20), kGrey);
-
-    w.key(Qt::Key_Left); // from play/pause round to Back
-    w.key(Qt::Key_Return);
-    QVERIFY(w.onList());
-    w.key(Qt::Key_End);
-    for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Down, Qt::Key_Return})
-        w.key(key);
-    QVERIFY(w.shows("/00:02"));
-}
-
-void tst_page_main::viewShowsAtOnceWhilePaused()
-{
-    const Window w({"quads.mp4"});
-    QTRY_COMPARE(QApplication::focusWidget(), w.rows);
-    w.key(Qt::Key_3); // no file is loaded
-    w.play();
-    QTRY_VERIFY_WITH_TIMEOUT(w.colourAt(20, 20).red() > 150, kLimitMs);
-    w.key(Qt::Key_Return); // pause
-    QSignalSpy painted(w.surface, SIGNAL(frameSwapped()));
-    QVERIFY(QTest::qWaitFor([&] { return !painted.wait(300); },
-                            kLimitMs)); // frames in flight have passed
-    w.key(Qt::Key_3);
-    QTRY_VERIFY_WITH_TIMEOUT(painted.count() > 0, kLimitMs);
-    QCOMPARE(w.surface->viewMode(), 3);
-    QVERIFY(w.colourAt(20, 20).blue() > 150);
-    w.key(Qt::Key_7);
-    QCOMPARE(w.surface->viewMode(), 0);
-}
-
-void tst_page_main::tapsChooseAView()
-{
-    const Window w({"long.mp4"});
-    QTRY_COMPARE(QApplication::focusWidget(), w.rows);
-    w.play();
-    w.hideBar();
-    const QPoint lowerRight(w.page->width() / 2, w.page->height() / 2);
-    const QPoint upperLeft = lowerRight - QPoint(1, 1);
-    const QPoint onBar(w.page->width() - 20, w.page->height() - 5); // its background
-    QString views;
-    for (const QPoint& tap : {lowerRight, lowerRight, upperLeft, upperLeft, onBar, onBar}) {
-        QTest::mouseClick(w.page->childAt(tap), Qt::LeftButton, {},
-                          w.page->childAt(tap)->mapFrom(w.page, tap));
-        views += QString::number(w.surface->viewMode());
-    }
-    QCOMPARE(views, QStringLiteral("040104")); // the first only brings the bar back
-    QVERIFY(w.bar->isVisible());
-}
-
-void tst_page_main::keysOnlyBringTheBarBack()
-{
-    const Window w({"long.mp4"});
-    QTRY_COMPARE(QApplication::focusWidget(), w.rows);
-    w.play();
-    w.key(Qt::Key_Right); // Stop has the focus: what a key must not do now
-    QSignalSpy stops(w.bar, SIGNAL(sgCmdStop()));
-    for (const Qt::Key key : {Qt::Key_Space, Qt::Key_Return, Qt::Key_Left, Qt::Key_Escape}) {
-        w.hideBar();
-        w.key(Qt::Key_2);
-        QVERIFY(w.bar->isHidden());
-        QCOMPARE(w.surface->viewMode(), 2);
-        w.key(key);
-        QVERIFY(w.bar->isVisible());
-        QCOMPARE(QApplication::focusWidget(), w.buttons[1]);
-    }
-    QCOMPARE(stops.count(), 0);
-}
-
-void tst_page_main::stopShowsGreyBehindHiddenBar()
-{
-    const Window w({"quads.mp4", "silent.mp4"});
-    QTRY_COMPARE(QApplication::focusWidget(), w.rows);
-    w.play();
-    QVERIFY(w.shows("/00:02"));
-    w.hideBar();
-    QTest::mouseClick(w.buttons[1], Qt::LeftButton); // as if the engine had stopped
-    QSignalSpy painted(w.surface, SIGNAL(frameSwapped()));
-    QVERIFY(painted.wait(kLimitMs));
-    QCOMPARE(w.colourAt(20, 20), kGrey);
-}
-
-void tst_page_main::marginsInsetThePlayerPage()
-{
-    Window w({});
-    w.main.reset();
-    w.device.write(DevicePaths::kPositionConfig, "EGL_MARGIN=10,20,30,40\nEGL_PADDING=1,2,3,4\n");
-    readPositionConfig();
-    w.open();
-    QCOMPARE(w.page->geometry(), QRect(11, 22, gScreenW - 44, gScreenH - 66));
-    QCOMPARE(w.bar->geometry(), QRect(0, gScreenH - 66 - 80, gScreenW - 44, 80));
-    w.device.write(DevicePaths::kPositionConfig, "EGL_MARGIN=0,0,0,0\nEGL_PADDING=0,0,0,0\n");
-    readPositionConfig();
-}
-
-void tst_page_main::playWithoutMarksStaysIdle()
-{
-    const Window w({"silent.mp4"});
-    QTRY_COMPARE(QApplication::focusWidget(), w.rows);
-    w.key(Qt::Key_Left); // leaves the list for Play
-    w.key(Qt::Key_Return);
-    QVERIFY(w.page->isVisible());
-    QCOMPARE(w.colourAt(20, 20), kGrey);
-    w.page->setBarStaysUs(500000);
-    QTRY_VERIFY_WITH_TIMEOUT(w.bar->isHidden(), kLimitMs);
-}
-
-// No frame is lost, and none of the packets. They ask for other things than an exit.
-void tst_page_main::playsThroughAFlood()
-{
-    HubProcess hub;
-    const Window w({"silent.mp4"});
-    QTRY_COMPARE(QApplication::focusWidget(), w.rows);
-    const unsigned before = hostCounters().uploads;
-    w.play();
-    hub.type("flood 10000 7");
-    QVERIFY(hub.waitFor("sent 10000 of 10000"));
-    QVERIFY(w.page->isVisible());
-    QVERIFY(w.onList());
-    QCOMPARE(hostCounters().uploads - before, 60U);
-}
 
 int main(int argc, char** argv)
 {

@@ -1,4 +1,5 @@
 // The program as a process, driven by real keys, and how it leaves.
+#include "tests/Rows.h"
 #include "tests/TestDevice.h"
 #include "tests/comm/HubProcess.h"
 
@@ -40,12 +41,12 @@ public:
     // The window is there and has the keys.
     bool takesKeys()
     {
+        const QString has = "[ \"$(xdotool getwindowfocus getwindowpid)\" = %1 ]";
         return prints("path from cfg file:") &&
                QTest::qWaitFor(
                    [&] {
-                       return QProcess::execute("xdotool", {"getwindowfocus", "getwindowname"}) ==
-                                  0 &&
-                              focusedProcess() == QByteArray::number(m_process.processId());
+                       const QString test = has.arg(m_process.processId());
+                       return QProcess::execute("sh", {"-c", test}) == 0;
                    },
                    kLimitMs);
     }
@@ -66,14 +67,6 @@ public:
     }
 
 private:
-    static QByteArray focusedProcess()
-    {
-        QProcess xdotool;
-        xdotool.start("xdotool", {"getwindowfocus", "getwindowpid"});
-        xdotool.waitForFinished(kLimitMs);
-        return xdotool.readAllStandardOutput().trimmed();
-    }
-
     QProcess m_process;
     QByteArray m_output;
     int m_seen = 0;
@@ -86,84 +79,75 @@ class tst_process : public QObject
     Q_OBJECT
 
 private slots:
-    void playsAndLeavesByKeys_data();
-    void playsAndLeavesByKeys();
-    void leavesOnInterrupt_data();
-    void leavesOnInterrupt();
+    void playsAndLeavesByKeys_data()
+    {
+        columns<QStringList, QByteArray, QByteArray>({"arguments", "markAndPlay", "exit"});
+        row("all keys", QStringList(), QByteArray("Return Down Return"), QByteArray("Up Return"));
+        row("two keys", QStringList("--twokeymode=on"), QByteArray("2 1 2"), QByteArray("1 1 1 2"));
+    }
+
+    void playsAndLeavesByKeys()
+    {
+        QFETCH(QStringList, arguments);
+        QFETCH(QByteArray, markAndPlay);
+        QFETCH(QByteArray, exit);
+        const TestDevice device({"silent.mp4"});
+        HubProcess hub;
+        Program program(arguments);
+        QVERIFY(program.takesKeys());
+        Program::key(markAndPlay);
+        QVERIFY(program.prints("slotPagePlayerListToPagePlayer() ..."));
+        QVERIFY(program.prints("End of stream!!!"));
+        QVERIFY(program.prints("slotPagePlayerToPagePlayerList() ..."));
+        QVERIFY(program.prints("-------ItemCount 1"));
+        Program::key(exit);
+        QVERIFY(program.ended());
+        QCOMPARE(program.result(), QStringLiteral("0 0"));
+        QVERIFY(!program.output().contains("signal"));
+        QCOMPARE(hub.endWhenPlayerLeft().count(kAppSwitch), 1);
+    }
+
+    void leavesOnInterrupt_data()
+    {
+        // keys: pressed on the list
+        // moment: what is printed when the interrupt is sent
+        columns<QByteArray, QByteArray, int>({"keys", "moment", "times"});
+        const QByteArray play = "Return Down Return";
+        row("start-up", QByteArray(), QByteArray("path from cfg file:"), 1);
+        row("no hub: a retry is due", QByteArray(), QByteArray("failed. errno=1."), 1);
+        row("list", QByteArray("Down"), QByteArray(), 1);
+        row("page just switching", play, QByteArray("ListToPagePlayer() ..."), 1);
+        row("playing", play, QByteArray("CPlayer::stop() end ..."), 1);
+        row("paused", play + " Return", QByteArray("CPlayer::stop() end ..."), 1);
+        row("ten in a row", play, QByteArray("CPlayer::stop() end ..."), 10);
+    }
+
+    void leavesOnInterrupt()
+    {
+        QFETCH(QByteArray, keys);
+        QFETCH(QByteArray, moment);
+        QFETCH(int, times);
+        const TestDevice device({"long.mp4"});
+        std::unique_ptr<HubProcess> hub;
+        if (!moment.contains("errno"))
+            hub = std::make_unique<HubProcess>();
+        Program program;
+        if (!keys.isEmpty()) {
+            QVERIFY(program.takesKeys());
+            Program::key(keys);
+        }
+        QVERIFY(program.prints(moment));
+        program.interrupt(times);
+        QVERIFY(program.ended());
+        QCOMPARE(program.result(), QStringLiteral("0 0"));
+        QVERIFY(program.output().contains("catch a signal no=2.\n"));
+        if (hub)
+            QCOMPARE(hub->endWhenPlayerLeft().count(kAppSwitch), 1);
+    }
 
 private:
     RuntimeFolder m_folder;
 };
-
-void tst_process::playsAndLeavesByKeys_data()
-{
-    QTest::addColumn<QStringList>("arguments");
-    QTest::addColumn<QByteArray>("markAndPlay");
-    QTest::addColumn<QByteArray>("exit");
-    QTest::newRow("all keys") << QStringList() << QByteArray("Return Down Return")
-                              << QByteArray("Up Return");
-    QTest::newRow("two keys") << QStringList("--twokeymode=on") << QByteArray("2 1 2")
-                              << QByteArray("1 1 1 2");
-}
-
-void tst_process::playsAndLeavesByKeys()
-{
-    QFETCH(QStringList, arguments);
-    QFETCH(QByteArray, markAndPlay);
-    QFETCH(QByteArray, exit);
-    const TestDevice device({"silent.mp4"});
-    HubProcess hub;
-    Program program(arguments);
-    QVERIFY(program.takesKeys());
-    Program::key(markAndPlay);
-    QVERIFY(program.prints("slotPagePlayerListToPagePlayer() ..."));
-    QVERIFY(program.prints("End of stream!!!"));
-    QVERIFY(program.prints("slotPagePlayerToPagePlayerList() ..."));
-    QVERIFY(program.prints("-------ItemCount 1"));
-    Program::key(exit);
-    QVERIFY(program.ended());
-    QCOMPARE(program.result(), QStringLiteral("0 0"));
-    QVERIFY(!program.output().contains("signal"));
-    QCOMPARE(hub.endWhenPlayerLeft().count(kAppSwitch), 1);
-}
-
-void tst_process::leavesOnInterrupt_data()
-{
-    QTest::addColumn<QByteArray>("keys");   // pressed on the list
-    QTest::addColumn<QByteArray>("moment"); // what is printed when the interrupt is sent
-    QTest::addColumn<int>("times");
-    const QByteArray play = "Return Down Return";
-    QTest::newRow("start-up") << QByteArray() << QByteArray("path from cfg file:") << 1;
-    QTest::newRow("no hub: a retry is due") << QByteArray() << QByteArray("failed. errno=1.") << 1;
-    QTest::newRow("list") << QByteArray("Down") << QByteArray() << 1;
-    QTest::newRow("page just switching") << play << QByteArray("ListToPagePlayer() ...") << 1;
-    QTest::newRow("playing") << play << QByteArray("CPlayer::stop() end ...") << 1;
-    QTest::newRow("paused") << play + " Return" << QByteArray("CPlayer::stop() end ...") << 1;
-    QTest::newRow("ten in a row") << play << QByteArray("CPlayer::stop() end ...") << 10;
-}
-
-void tst_process::leavesOnInterrupt()
-{
-    QFETCH(QByteArray, keys);
-    QFETCH(QByteArray, moment);
-    QFETCH(int, times);
-    const TestDevice device({"long.mp4"});
-    std::unique_ptr<HubProcess> hub;
-    if (!moment.contains("errno"))
-        hub = std::make_unique<HubProcess>();
-    Program program;
-    if (!keys.isEmpty()) {
-        QVERIFY(program.takesKeys());
-        Program::key(keys);
-    }
-    QVERIFY(program.prints(moment));
-    program.interrupt(times);
-    QVERIFY(program.ended());
-    QCOMPARE(program.result(), QStringLiteral("0 0"));
-    QVERIFY(program.output().contains("catch a signal no=2.\n"));
-    if (hub)
-        QCOMPARE(hub->endWhenPlayerLeft().count(kAppSwitch), 1);
-}
 
 QTEST_GUILESS_MAIN(tst_process)
 #include "tst_process.moc"

@@ -2,6 +2,7 @@
 #include "platform/SurfaceFormat.h"
 #include "platform/host/PhysBlock.h"
 #include "render/CGLWndPlayer.h"
+#include "tests/Rows.h"
 
 #include <QtTest>
 
@@ -94,10 +95,7 @@ private slots:
 
     void drawsEachView_data()
     {
-        QTest::addColumn<int>("format");
-        QTest::addColumn<QString>("path");
-        QTest::addColumn<int>("view");
-        QTest::addColumn<QString>("expected");
+        columns<int, QString, int, QString>({"format", "path", "view", "expected"});
         const char* letters[] = {"rgbw", "rrrr", "gggg", "bbbb", "wwww", "rgbw"};
         for (int view = 0; view <= 5; ++view)
             QTest::addRow("view %d", view) << 1 << "physical" << view << letters[view];
@@ -160,14 +158,10 @@ private slots:
 
     void hiddenHandOffEnds_data()
     {
-        QTest::addColumn<QString>("by");
-        QTest::addColumn<QString>("expected");
-        QTest::newRow("shown again") << "show"
-                                     << "rgbw";
-        QTest::newRow("woken") << "wake"
-                               << "kkkk";
-        QTest::newRow("interrupted") << "interrupt"
-                                     << "kkkk";
+        columns<QString, QString>({"by", "expected"});
+        row("shown again", "show", "rgbw");
+        row("woken", "wake", "kkkk");
+        row("interrupted", "interrupt", "kkkk");
     }
     void hiddenHandOffEnds()
     {
@@ -179,21 +173,15 @@ private slots:
             m_surface->wakeFrameDrawn();
         else if (by == "interrupt")
             handOff.thread->requestInterruption();
-        else
-            showSurface();
+        m_window->show();
+        if (by == "show")
+            m_surface->update(); // showing alone does not repaint what was painted before
         QVERIFY(handOff.ends());
         m_nv12 = {}; // what the engine does with the frame's memory
-        m_window->show();
         QTEST(shows(), "expected");
     }
 
 private:
-    // Showing alone does not repaint a surface that was painted before.
-    void showSurface()
-    {
-        m_window->show();
-        m_surface->update();
-    }
     QImage picture() { return m_surface->grabFramebuffer(); }
     void drawFrame() { QVERIFY(HandOff(m_surface, 1, 0, m_nv12.data()).ends()); }
     // The middle of each quarter of the picture, from the upper left to the lower right.
