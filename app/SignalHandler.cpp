@@ -44,6 +44,15 @@ void printSignal(int signo)
     writeAll(STDOUT_FILENO, line.data(), length + sizeof kEnd - 1);
 }
 
+// How the calling thread treats SIGINT; threads that it starts inherit it.
+void maskInterrupt(int how)
+{
+    sigset_t interrupt;
+    sigemptyset(&interrupt);
+    sigaddset(&interrupt, SIGINT);
+    pthread_sigmask(how, &interrupt, nullptr);
+}
+
 bool catchInterrupt()
 {
     struct sigaction action = {};
@@ -64,9 +73,16 @@ void signalHandler(int signo)
     errno = savedErrno;
 }
 
+void holdInterrupts()
+{
+    maskInterrupt(SIG_BLOCK);
+}
+
 bool installSignalHandlers()
 {
-    if (!catchInterrupt()) {
+    const bool caught = catchInterrupt();
+    maskInterrupt(SIG_UNBLOCK);
+    if (!caught) {
         std::printf("sigaction error(%s).\n", std::strerror(errno));
         return false;
     }

@@ -1,8 +1,12 @@
 // Process signals: SIGINT is announced and passed on through a pipe, SIGPIPE is ignored.
 #pragma once
 
-// Installs the handlers. False when SIGINT cannot be caught; the reason has then been printed to
-// standard output. Call once, before the first window.
+// Lets a SIGINT wait until the handlers are installed. Call first: it would end the program halfway
+// into its start.
+void holdInterrupts();
+
+// Installs the handlers and lets a SIGINT that waits through. False when SIGINT cannot be caught;
+// the reason has then been printed to standard output. Call once, before the first window.
 bool installSignalHandlers();
 
 // Reading end of the pipe; one byte arrives per SIGINT. CInterruptWatch listens to it.

@@ -39,6 +39,7 @@ int runPageManager(QApplication& app)
 
 int main(int argc, char** argv)
 {
+    holdInterrupts();
     keepOneHeap();
     QApplication app(argc, argv);
     readCommandLine(argc, argv);
