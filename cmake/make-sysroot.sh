@@ -15,15 +15,8 @@ if [ "$(cat "$dir/.packages" 2>/dev/null)" = "$packages" ]; then
     exit 0
 fi
 
-# The machine's own mirror of the release, its main section only: others need not have armhf.
 . /etc/os-release
-mirror=$(apt-get indextargets --format '$(REPO_URI)' 'Created-By: Packages' 'Component: main' \
-    "Release: $VERSION_CODENAME" | head -n 1)
-if [ -z "$mirror" ]; then
-    echo "$0: apt knows no mirror of $VERSION_CODENAME; is there a package list? (apt-get update)" >&2
-    exit 1
-fi
-
+mirror=$("$here/mirror.sh")
 rm -rf "$dir" "$half"
 mkdir -p "$(dirname "$dir")"
 mmdebstrap --quiet --variant=extract --architectures=armhf --components=main \
