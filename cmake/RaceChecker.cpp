@@ -35,13 +35,10 @@ STAND_IN void tried(void* mutex, bool isLocked)
     locked(mutex, __tsan_mutex_try_lock | (isLocked ? 0 : __tsan_mutex_try_lock_failed));
 }
 
+// Told before it happens: until then nobody else gets the lock.
 STAND_IN void unlocking(void* mutex)
 {
     __tsan_mutex_pre_unlock(mutex, 0);
-}
-
-STAND_IN void unlocked(void* mutex)
-{
     __tsan_mutex_post_unlock(mutex, 0);
 }
 
@@ -78,14 +75,12 @@ STAND_IN void g_mutex_unlock(GMutex* mutex)
     static const auto real = next<void (*)(GMutex*)>("g_mutex_unlock");
     unlocking(mutex);
     real(mutex);
-    unlocked(mutex);
 }
 
 STAND_IN void g_cond_wait(GCond* condition, GMutex* mutex)
 {
     static const auto real = next<void (*)(GCond*, GMutex*)>("g_cond_wait");
     unlocking(mutex);
-    unlocked(mutex);
     real(condition, mutex);
     locking(mutex);
     locked(mutex);
@@ -95,7 +90,6 @@ STAND_IN gboolean g_cond_wait_until(GCond* condition, GMutex* mutex, gint64 end)
 {
     static const auto real = next<gboolean (*)(GCond*, GMutex*, gint64)>("g_cond_wait_until");
     unlocking(mutex);
-    unlocked(mutex);
     const gboolean woken = real(condition, mutex, end);
     locking(mutex);
     locked(mutex);
@@ -133,7 +127,6 @@ STAND_IN void QMutex::unlock() noexcept
     static const auto real = next<void (*)(QMutex*)>("_ZN6QMutex6unlockEv");
     unlocking(this);
     real(this);
-    unlocked(this);
 }
 
 STAND_IN bool QWaitCondition::wait(QMutex* mutex, unsigned long time)
@@ -141,7 +134,6 @@ STAND_IN bool QWaitCondition::wait(QMutex* mutex, unsigned long time)
     static const auto real = next<bool (*)(QWaitCondition*, QMutex*, unsigned long)>(
         "_ZN14QWaitCondition4waitEP6QMutexm");
     unlocking(mutex);
-    unlocked(mutex);
     const bool woken = real(this, mutex, time);
     locking(mutex);
     locked(mutex);
