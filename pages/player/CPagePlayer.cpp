@@ -103,7 +103,8 @@ void CPagePlayer::createHideTimer()
 }
 
 // The pipeline drops an error that a demuxer reports while it is still being plugged in; such a
-// file would then start for ever.
+// file would then start for ever. It runs from the start to the first frame only: the pipeline also
+// waits for a frame after a pause or a seek, and then nothing is wrong.
 void CPagePlayer::createStartTimer()
 {
     m_pStartTimer = new QTimer(this);
@@ -164,7 +165,8 @@ bool CPagePlayer::endedBeforeNow() const
 template <typename Start> void CPagePlayer::startPlayback(Start start)
 {
     m_bStopAsked = false;
-    m_pStartTimer->start();
+    if (!m_pPlayer->isPlaying())
+        m_pStartTimer->start();
     start();
     if (m_bStopAsked)
         slotCmdStop();
@@ -204,6 +206,7 @@ void CPagePlayer::slotHidePagePlayerControl()
 
 void CPagePlayer::slotUpdateData()
 {
+    m_pStartTimer->stop();
     const qint64 duration = m_pPlayer->queryDuration();
     const qint64 position = m_pPlayer->queryPosition();
     if (duration != kUnknown)
