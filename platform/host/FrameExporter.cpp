@@ -17,10 +17,11 @@ namespace {
 
 constexpr GstClockTime kUnknownFrameDuration = 40 * GST_MSECOND;
 
-// What the end of stream waits for at most: a step to the next frame, and as much again, and what
-// a busy machine may need on top.
+// What the end of stream waits for at most: the longest step from frame to frame, and as much
+// again, and what a busy machine may need on top.
 constexpr GstClockTime kEndPatience = 3 * GST_SECOND;
-constexpr GstClockTime kLongestStay = GST_SECOND;
+// And how long the last frame stays, whatever it says of itself.
+constexpr GstClockTime kLongestStay = 30 * GST_SECOND;
 
 #define EXPORTER_SIZES "width = [ 1, 16384 ], height = [ 1, 16384 ]"
 
@@ -198,7 +199,7 @@ GstFlowReturn transformFrame(GstBaseTransform* base, GstBuffer* in, GstBuffer* o
 // False when it must not go on.
 bool holdEndOfStream(ExporterState& state)
 {
-    const GstClockTime patience = kEndPatience + 2 * state.times.lastStep();
+    const GstClockTime patience = kEndPatience + 2 * state.times.longestStep();
     return state.pool->waitUntilShown(std::chrono::nanoseconds(patience),
                                       std::chrono::nanoseconds(state.stay));
 }

@@ -1,10 +1,12 @@
 #include "platform/host/TimestampRepair.h"
 
+#include <algorithm>
+
 void TimestampRepair::reset(GstClockTime start)
 {
     m_nStart = start;
     m_nLast = GST_CLOCK_TIME_NONE;
-    m_nStep = 0;
+    m_nLongestStep = 0;
 }
 
 GstClockTime TimestampRepair::repaired(GstClockTime pts, GstClockTime duration)
@@ -16,7 +18,8 @@ GstClockTime TimestampRepair::repaired(GstClockTime pts, GstClockTime duration)
     } else if (!isFirst && (!GST_CLOCK_TIME_IS_VALID(pts) || pts <= m_nLast)) {
         time = m_nLast + duration;
     }
-    m_nStep = isFirst ? 0 : time - m_nLast;
+    if (!isFirst)
+        m_nLongestStep = std::max(m_nLongestStep, time - m_nLast);
     m_nLast = time;
     return time;
 }

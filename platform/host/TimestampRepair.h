@@ -13,11 +13,11 @@ public:
     // The time to give to a frame that says `pts`, or nothing, and stays for `duration`.
     GstClockTime repaired(GstClockTime pts, GstClockTime duration);
 
-    // From the frame before the last to the last.
-    GstClockTime lastStep() const { return m_nStep; }
+    // From one frame to the next, in this stretch.
+    GstClockTime longestStep() const { return m_nLongestStep; }
 
 private:
     GstClockTime m_nStart = 0;
     GstClockTime m_nLast = GST_CLOCK_TIME_NONE;
-    GstClockTime m_nStep = 0;
+    GstClockTime m_nLongestStep = 0;
 };

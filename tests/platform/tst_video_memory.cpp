@@ -50,12 +50,13 @@ private slots:
     {
         // given: ms, -1: none
         using Times = QVector<int>;
-        columns<Times, Times>({"given", "made"});
-        row("already rising", Times{0, 40, 95, 120}, Times{0, 40, 95, 120});
-        row("equal neighbours", Times{0, 40, 80, 80, 160}, Times{0, 40, 80, 120, 160});
-        row("three of a kind", Times{0, 80, 80, 80, 120, 240}, Times{0, 80, 120, 160, 200, 240});
-        row("missing", Times{0, -1, -1, 200, -1}, Times{0, 40, 80, 200, 240});
-        row("missing from the start", Times{-1, -1, 2000}, Times{1000, 1040, 2000});
+        columns<Times, Times, int>({"given", "made", "longest"});
+        row("already rising", Times{0, 40, 95, 120}, Times{0, 40, 95, 120}, 55);
+        row("equal neighbours", Times{0, 40, 80, 80, 160}, Times{0, 40, 80, 120, 160}, 40);
+        row("three of a kind", Times{0, 80, 80, 80, 120, 240}, Times{0, 80, 120, 160, 200, 240},
+            80);
+        row("missing", Times{0, -1, -1, 200, -1}, Times{0, 40, 80, 200, 240}, 120);
+        row("missing from the start", Times{-1, -1, 2000}, Times{1000, 1040, 2000}, 960);
     }
     void timesRise()
     {
@@ -68,6 +69,7 @@ private slots:
             times.append(int(repair.repaired(pts, 40 * GST_MSECOND) / GST_MSECOND));
         }
         QTEST(times, "made");
+        QTEST(int(repair.longestStep() / GST_MSECOND), "longest");
         repair.reset(0); // after a seek back earlier times are right
         QCOMPARE(repair.repaired(0, 40 * GST_MSECOND), GstClockTime(0));
     }
