@@ -154,7 +154,7 @@ void CPlayer::seekForward()
         return;
     flushSamples();
     const qint64 target = position + kSeekStep;
-    seekTo(target < duration ? target : duration - kNsPerSecond);
+    seekTo(target < duration ? target : qMax<qint64>(duration - kNsPerSecond, 0));
 }
 
 void CPlayer::seekBackward()

@@ -197,21 +197,23 @@ private slots:
 
     void seeks_data()
     {
-        // steps: f and b, from the start of a clip of 80 s
-        columns<QString, int>({"steps", "lands"});
-        row("forward", "f", 34);
-        row("forward twice", "ff", 68);
-        row("past the end: one second before it", "fff", 79);
-        row("back and forth", "ffb", 34);
-        row("back in the first 34 s: to the start", "b", 0);
+        // steps: f and b, from the start; the long clip lasts 80 s
+        columns<QString, QString, int>({"file", "steps", "lands"});
+        row("forward", "long.mp4", "f", 34);
+        row("forward twice", "long.mp4", "ff", 68);
+        row("past the end: one second before it", "long.mp4", "fff", 79);
+        row("back and forth", "long.mp4", "ffb", 34);
+        row("back in the first 34 s: to the start", "long.mp4", "b", 0);
+        row("no second long: to the start", "odd.avi", "f", 0);
     }
 
     void seeks()
     {
+        QFETCH(QString, file);
         QFETCH(QString, steps);
         QFETCH(int, lands);
         Engine e;
-        e.player->playFile(clip("long.mp4"));
+        e.player->playFile(clip(file));
         QTRY_VERIFY_WITH_TIMEOUT(e.frames > 0 && e.player->queryDuration() > 0, kLimitMs);
         for (const QChar& step : steps) {
             const int before = e.frames;
