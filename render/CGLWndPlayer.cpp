@@ -157,6 +157,8 @@ void CGLWndPlayer::copyFrame(int width, int height, const unsigned char* pVirtAd
     std::array<GLvoid*, kPlanes> planes = {};
     glTexDirectVIV(GL_TEXTURE_2D, width, height, m_eFrameFormat, planes.data());
     const size_t pixels = bytesOf(width, height);
+    if (!planes[0]) // a size that the GPU refuses
+        return;
     if (m_eFrameFormat == kFormatPacked16) {
         std::memcpy(planes[0], pVirtAddr, pixels * 2);
     } else if (m_eFrameFormat == kFormatNv12) {
