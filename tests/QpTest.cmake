@@ -1,6 +1,6 @@
 # qp_add_test(NAME LIBS lib... [DISPLAY] [DEVICE] [CLIPS])
 # One QtTest program from NAME.cpp, linked to the folders' libraries.
-#   DISPLAY  it opens windows: never beside another one on the same display (focus is global)
+#   DISPLAY  it opens windows or draws: never beside another one on the same display (focus is global)
 #   DEVICE   it writes the device's files below DEVICE_ROOT; left out of builds without a root
 #   CLIPS    it plays clips: they have to be made first
 # The macros CLIP_DIR and QP_LIMIT_MS are the clips' folder and the limit of any wait.
