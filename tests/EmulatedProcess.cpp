@@ -1,12 +1,18 @@
-// Part of every emulated test. Qt starts a process with a process descriptor where it finds that
-// the system has them. The emulator answers that question for the real system, but cannot do it:
-// QProcess then takes -1 for the child's number, and killing that child kills every process of the
-// machine. So the question, which Qt asks through syscall(), is answered with no here.
+// Part of every emulated test and of what it starts.
+//
+// Qt starts a process with a process descriptor where it finds that the system has them. The
+// emulator answers that question for the real system, but cannot do it: QProcess then takes -1 for
+// the child's number, and killing that child kills every process of the machine. So the question,
+// which Qt asks through syscall(), is answered with no here.
+//
+// The driver that reaches the server which draws takes an interrupted call for a lost connection
+// and aborts. So handlers of signals have such calls begun anew.
 #include <dlfcn.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 
 #include <cerrno>
+#include <csignal>
 #include <cstdarg>
 
 extern "C" long syscall(long number, ...) noexcept
@@ -26,4 +32,17 @@ extern "C" long syscall(long number, ...) noexcept
         return -1;
     }
     return real(number, values[0], values[1], values[2], values[3], values[4], values[5]);
+}
+
+extern "C" int sigaction(int signo, const struct sigaction* wanted,
+                         struct sigaction* before) noexcept
+{
+    using Sigaction = int (*)(int, const struct sigaction*, struct sigaction*);
+    static const auto real = reinterpret_cast<Sigaction>(dlsym(RTLD_NEXT, "sigaction"));
+
+    if (!wanted)
+        return real(signo, nullptr, before);
+    struct sigaction restarting = *wanted;
+    restarting.sa_flags |= SA_RESTART;
+    return real(signo, &restarting, before);
 }

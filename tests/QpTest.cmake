@@ -32,7 +32,7 @@ function(qp_add_test name)
   target_compile_definitions(${name} PRIVATE
     QP_LIMIT_MS=${QP_LIMIT_MS} CLIP_DIR="${QP_CLIP_DIR}")
   if(CMAKE_CROSSCOMPILING)
-    target_sources(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests/EmulatedProcess.cpp)
+    target_link_libraries(${name} PRIVATE emulated_process)
     if(ARG_DISPLAY)
       set_property(TARGET ${name} PROPERTY CROSSCOMPILING_EMULATOR
         ${PROJECT_SOURCE_DIR}/tests/with-renderer.sh ${CMAKE_CROSSCOMPILING_EMULATOR})
@@ -65,6 +65,7 @@ function(qp_test_starts name macro target)
     file(GENERATE OUTPUT ${script} CONTENT "#!/bin/sh\nexec ${emulator} ${path} \"$@\"\n"
       FILE_PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE)
     set(path ${script})
+    target_link_libraries(${target} PRIVATE emulated_process)
   endif()
   add_dependencies(${name} ${target})
   target_compile_definitions(${name} PRIVATE ${macro}="${path}")
@@ -76,6 +77,7 @@ set(QP_LEAK_CHECK 1)
 set(QP_LIMIT_MS 20000) # for any wait in a test
 set(QP_EMULATOR_ENVIRONMENT)
 if(CMAKE_CROSSCOMPILING)
+  add_library(emulated_process OBJECT EmulatedProcess.cpp)
   set(QP_LEAK_CHECK 0)
   set(QP_EMULATOR_ENVIRONMENT
       "GST_PLUGIN_SYSTEM_PATH_1_0=${CMAKE_SYSROOT}/usr/lib/${CMAKE_LIBRARY_ARCHITECTURE}/gstreamer-1.0"
