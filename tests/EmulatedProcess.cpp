@@ -7,7 +7,11 @@
 //
 // The driver that reaches the server which draws takes an interrupted call for a lost connection
 // and aborts. So handlers of signals have such calls begun anew.
+//
+// The upper quarter of the addresses belongs to the system on the device. The emulator hands it
+// out, and the address sanitizer takes what lies there for a fault. So it is taken first.
 #include <dlfcn.h>
+#include <sys/mman.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 
@@ -46,3 +50,15 @@ extern "C" int sigaction(int signo, const struct sigaction* wanted,
     restarting.sa_flags |= SA_RESTART;
     return real(signo, &restarting, before);
 }
+
+namespace {
+
+[[gnu::constructor]] void takeUpperQuarter()
+{
+    constexpr unsigned long kStart = 0xBFFF0000;  // nothing of the program may end at the border
+    constexpr unsigned long kLength = 0x40000000; // the emulator's own page lies behind it
+    constexpr int kFlags = MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE | MAP_FIXED_NOREPLACE;
+    syscall(SYS_mmap2, kStart, kLength, PROT_NONE, kFlags, -1, 0);
+}
+
+} // namespace
