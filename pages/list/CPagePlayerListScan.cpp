@@ -58,10 +58,11 @@ int addDirectories(const QString& path, QListWidget& scratch, QListWidget* list)
     scratch.sortItems(Qt::AscendingOrder);
     const int count = scratch.count();
     qDebug() << "-------file cout" << count;
+    const QIcon icon(kDirectoryIcon); // one for all rows: each icon keeps its scaled picture
     for (int i = 0; i < count; ++i) {
         auto* row = new QListWidgetItem(scratch.item(i)->text(), list);
         row->setFlags(Qt::ItemIsSelectable | Qt::ItemIsEnabled);
-        row->setIcon(QIcon(QString::fromLatin1(kDirectoryIcon)));
+        row->setIcon(icon);
     }
     scratch.clear();
     return count;
@@ -73,11 +74,12 @@ int addVideos(const QString& path, QListWidget& scratch, QListWidget* list)
     scratch.sortItems(Qt::AscendingOrder);
     const int count = scratch.count();
     qDebug() << "-------video cout" << count;
+    const QIcon icon(kVideoIcon);
     for (int i = 0; i < count; ++i) {
         auto* row = new QListWidgetItem(scratch.item(i)->text(), list);
         row->setFlags(Qt::ItemIsSelectable | Qt::ItemIsUserCheckable | Qt::ItemIsEnabled);
         row->setCheckState(Qt::Unchecked);
-        row->setIcon(QIcon(QString::fromLatin1(kVideoIcon)));
+        row->setIcon(icon);
     }
     scratch.clear();
     return count;
