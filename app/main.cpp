@@ -2,6 +2,7 @@
 #include "app/CPageMain.h"
 #include "app/CommandLine.h"
 #include "app/DisplaySettings.h"
+#include "app/HeapSettings.h"
 #include "app/SignalHandler.h"
 #include "app/common/PositionConfig.h"
 #include "app/common/globals.h"
@@ -10,16 +11,7 @@
 
 #include <cstdlib>
 
-#include <malloc.h>
-
 namespace {
-
-// Every playback starts threads anew, and each of them would keep heap memory in an arena of its
-// own: over some fifty playbacks that adds up to 20 MB.
-void keepOneHeap()
-{
-    mallopt(M_ARENA_MAX, 1);
-}
 
 // The page manager lives exactly as long as the event loop and its teardown.
 int runPageManager(QApplication& app)
@@ -40,7 +32,7 @@ int runPageManager(QApplication& app)
 int main(int argc, char** argv)
 {
     holdInterrupts();
-    keepOneHeap();
+    keepHeapSmall();
     QApplication app(argc, argv);
     readCommandLine(argc, argv);
     if (!installSignalHandlers())

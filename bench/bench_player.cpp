@@ -7,6 +7,7 @@
 // Needs a display and a build with a DEVICE_ROOT.
 #include "app/CPageMain.h"
 #include "app/DisplaySettings.h"
+#include "app/HeapSettings.h"
 #include "app/common/DevicePaths.h"
 #include "pages/player/CPagePlayer.h"
 #include "pages/player/CPagePlayerControl.h"
@@ -33,7 +34,6 @@
 #include <memory>
 #include <vector>
 
-#include <malloc.h>
 #include <sys/resource.h>
 
 namespace {
@@ -258,7 +258,7 @@ void cycles(const QString& file, int count)
 
 int main(int argc, char** argv)
 {
-    mallopt(M_ARENA_MAX, 1); // as the program does
+    keepHeapSmall();
     QApplication app(argc, argv);
     const QStringList arguments = QApplication::arguments();
     if (arguments.size() < 3) {
