@@ -103,8 +103,8 @@ void CPagePlayer::createHideTimer()
 }
 
 // The pipeline drops an error that a demuxer reports while it is still being plugged in; such a
-// file would then start for ever. It runs from the start to the first frame only: the pipeline also
-// waits for a frame after a pause or a seek, and then nothing is wrong.
+// file would then start for ever. The timer runs from the start to the first frame only: the
+// pipeline also waits for a frame after a pause or a seek, and then nothing is wrong.
 void CPagePlayer::createStartTimer()
 {
     m_pStartTimer = new QTimer(this);
