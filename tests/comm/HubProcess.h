@@ -17,7 +17,6 @@ class RuntimeFolder
 {
 public:
     RuntimeFolder() { qputenv("XDG_RUNTIME_DIR", QFile::encodeName(m_folder.path())); }
-    QString socketPath() const { return m_folder.filePath("quadplayer-commif.sock"); }
 
 private:
     QTemporaryDir m_folder;

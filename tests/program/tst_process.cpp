@@ -3,11 +3,11 @@
 #include "tests/TestDevice.h"
 #include "tests/comm/HubProcess.h"
 
-#include <QElapsedTimer>
 #include <QProcess>
 #include <QtTest>
 
 #include <csignal>
+#include <memory>
 
 namespace {
 

@@ -11,7 +11,7 @@
 
 namespace {
 
-constexpr int kLimitMs = 10000;
+constexpr int kLimitMs = QP_LIMIT_MS;
 constexpr int kWidth = 64;
 constexpr int kHeight = 48;
 constexpr int kPixels = kWidth * kHeight;
