@@ -23,11 +23,11 @@ if(QP_SANITIZE)
   # What a sanitizer must be told of other libraries, in every program.
   if(QP_SANITIZE MATCHES "address")
     set(CMAKE_ENABLE_EXPORTS ON)
-    add_library(leak_checker OBJECT cmake/LeakChecker.cpp)
+    add_library(leak_checker OBJECT tests/sanitizers/LeakChecker.cpp)
     link_libraries($<$<STREQUAL:$<TARGET_PROPERTY:TYPE>,EXECUTABLE>:$<TARGET_OBJECTS:leak_checker>>)
   elseif(QP_SANITIZE MATCHES "thread")
     set(CMAKE_ENABLE_EXPORTS ON)
-    add_library(race_checker OBJECT cmake/RaceChecker.cpp cmake/RaceReports.cpp)
+    add_library(race_checker OBJECT tests/sanitizers/RaceChecker.cpp tests/sanitizers/RaceReports.cpp)
     target_link_libraries(race_checker PRIVATE Qt5::Core PkgConfig::GST)
     target_compile_definitions(race_checker PRIVATE QT_NO_VERSION_TAGGING) # not all link Qt
     link_libraries($<$<STREQUAL:$<TARGET_PROPERTY:TYPE>,EXECUTABLE>:$<TARGET_OBJECTS:race_checker>>)

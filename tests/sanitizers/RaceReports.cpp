@@ -2,7 +2,7 @@
 // the system did among themselves. They are not instrumented: all that is seen of them is what they
 // call in the C library, not the counters and most of the locks that order it. Whatever the
 // project's own code took part in shows.
-#include "cmake/RaceChecker.h"
+#include "tests/sanitizers/RaceChecker.h"
 
 #include <sanitizer/common_interface_defs.h>
 

@@ -2,7 +2,7 @@
 // instrumented and their locks are no pthread locks, so the sanitizer would take whatever is handed
 // over under one of them for a race, and would not know in which order they are taken. Here it is
 // told of them.
-#include "cmake/RaceChecker.h"
+#include "tests/sanitizers/RaceChecker.h"
 
 #include <QMutex>
 #include <QThread>
