@@ -1,12 +1,14 @@
 #include "app/CPageMain.h"
 
-#include "app/common/CPlayerDatas.h"
-#include "app/common/globals.h"
 #include "comm/CInnerCommunication.h"
+#include "common/CPlayerDatas.h"
+#include "common/globals.h"
 #include "pages/list/CPagePlayerList.h"
 #include "pages/player/CPagePlayer.h"
 
 #include <QDebug>
+
+CPageMain* g_pPageMain = nullptr;
 
 CPageMain::CPageMain(QWidget* parent) : QWidget(parent)
 {

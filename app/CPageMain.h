@@ -37,3 +37,5 @@ private:
     CPagePlayerList* m_pPagePlayerList = nullptr;
     CPagePlayer* m_pPagePlayer = nullptr;
 };
+
+extern CPageMain* g_pPageMain; // the one page manager, owned by main(); null before and after it

@@ -1,6 +1,6 @@
 #include "app/CommandLine.h"
 
-#include "app/common/globals.h"
+#include "common/globals.h"
 
 #include <array>
 #include <cstring>

@@ -1,7 +1,7 @@
 #include "app/DisplaySettings.h"
 
-#include "app/common/DevicePaths.h"
-#include "app/common/globals.h"
+#include "common/DevicePaths.h"
+#include "common/globals.h"
 #include "platform/SurfaceFormat.h"
 
 #include <QApplication>

@@ -4,8 +4,8 @@
 #include "app/DisplaySettings.h"
 #include "app/HeapSettings.h"
 #include "app/SignalHandler.h"
-#include "app/common/PositionConfig.h"
-#include "app/common/globals.h"
+#include "common/PositionConfig.h"
+#include "common/globals.h"
 
 #include <QApplication>
 

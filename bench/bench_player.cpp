@@ -8,7 +8,7 @@
 #include "app/CPageMain.h"
 #include "app/DisplaySettings.h"
 #include "app/HeapSettings.h"
-#include "app/common/DevicePaths.h"
+#include "common/DevicePaths.h"
 #include "pages/player/CPagePlayer.h"
 #include "pages/player/CPagePlayerControl.h"
 #include "platform/host/FramePool.h"

@@ -1,6 +1,6 @@
 #include "comm/CInnerCommunication.h"
 
-#include "comm/libcommif.h"
+#include "platform/libcommif.h"
 
 #include <QDebug>
 #include <QTimer>

@@ -1,6 +1,6 @@
 // Feeds any bytes to the packet functions and to the link that reads packets with them.
 #include "comm/CInnerCommunication.h"
-#include "comm/libcommif.h"
+#include "platform/libcommif.h"
 
 #include <QtGlobal>
 

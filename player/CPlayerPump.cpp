@@ -1,8 +1,8 @@
 // CPlayer's frame pump: from the appsink through the sample store to the hand-off.
 #include "player/CPlayer.h"
 
+#include "platform/phymem.h"
 #include "player/EngineClock.h"
-#include "player/phymem.h"
 
 #include <QDebug>
 #include <QMutexLocker>

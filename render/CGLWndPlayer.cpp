@@ -1,6 +1,6 @@
 #include "render/CGLWndPlayer.h"
 
-#include "render/direct_texture.h"
+#include "platform/direct_texture.h"
 
 #include <QMutex>
 #include <QMutexLocker>

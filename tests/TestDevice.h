@@ -2,7 +2,7 @@
 // device starts empty.
 #pragma once
 
-#include "app/common/DevicePaths.h"
+#include "common/DevicePaths.h"
 
 #include <QDir>
 #include <QFile>

@@ -1,7 +1,7 @@
 // CPagePlayerList's rows, marks and buttons.
 #include "pages/list/CPagePlayerList.h"
 
-#include "app/common/CPlayerDatas.h"
+#include "common/CPlayerDatas.h"
 
 #include <QDateTime>
 #include <QLabel>

@@ -1,7 +1,7 @@
 // CPagePlayerList's keys and its focus ring.
 #include "pages/list/CPagePlayerList.h"
 
-#include "app/common/globals.h"
+#include "common/globals.h"
 #include "pages/list/FocusRing.h"
 #include "pages/list/ListKeys.h"
 

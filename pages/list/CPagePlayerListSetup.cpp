@@ -1,9 +1,9 @@
 // CPagePlayerList's construction.
 #include "pages/list/CPagePlayerList.h"
 
-#include "app/common/DevicePaths.h"
-#include "app/common/OwnedStyle.h"
-#include "app/common/noFocusStyle_1.h"
+#include "common/DevicePaths.h"
+#include "common/OwnedStyle.h"
+#include "common/noFocusStyle_1.h"
 #include "pages/list/CTouchList.h"
 #include "pages/list/ListStyleSheet.h"
 

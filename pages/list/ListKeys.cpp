@@ -1,6 +1,6 @@
 #include "pages/list/ListKeys.h"
 
-#include "app/common/KeyTable.h"
+#include "common/KeyTable.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 #include "pages/player/CPagePlayer.h"
 
-#include "app/common/CPlayerDatas.h"
-#include "app/common/globals.h"
+#include "common/CPlayerDatas.h"
+#include "common/globals.h"
 #include "pages/player/CPagePlayerControl.h"
 #include "player/CPlayer.h"
 #include "player/EngineClock.h"

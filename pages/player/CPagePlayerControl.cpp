@@ -1,7 +1,7 @@
 #include "pages/player/CPagePlayerControl.h"
 
-#include "app/common/OwnedStyle.h"
-#include "app/common/noFocusStyle.h"
+#include "common/OwnedStyle.h"
+#include "common/noFocusStyle.h"
 #include "pages/player/CFrameButton.h"
 #include "pages/player/SliderStyleSheet.h"
 

@@ -1,7 +1,7 @@
 // CPagePlayerControl's keys and the memory of its focus.
 #include "pages/player/CPagePlayerControl.h"
 
-#include "app/common/globals.h"
+#include "common/globals.h"
 #include "pages/player/ControlKeys.h"
 
 #include <QKeyEvent>

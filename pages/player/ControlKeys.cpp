@@ -1,6 +1,6 @@
 #include "pages/player/ControlKeys.h"
 
-#include "app/common/KeyTable.h"
+#include "common/KeyTable.h"
 
 namespace {
 

@@ -5,8 +5,8 @@
 // Lives in the thread of its context and dies with it.
 #pragma once
 
+#include "platform/direct_texture.h"
 #include "platform/host/PhysBlock.h"
-#include "render/direct_texture.h"
 
 #include <QObject>
 

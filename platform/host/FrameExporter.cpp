@@ -4,7 +4,7 @@
 #include "platform/host/FramePool.h"
 #include "platform/host/HostCounters.h"
 #include "platform/host/TimestampRepair.h"
-#include "player/phymem.h"
+#include "platform/phymem.h"
 
 #include <algorithm>
 #include <chrono>

@@ -3,7 +3,7 @@
 // physical address for as long as it lives. Any thread.
 #pragma once
 
-#include "player/phymem.h"
+#include "platform/phymem.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -1,5 +1,5 @@
 // The stand-in of the communication library against the real hub.
-#include "comm/libcommif.h"
+#include "platform/libcommif.h"
 #include "tests/comm/HubProcess.h"
 #include "tests/comm/PacketBuilder.h"
 

@@ -1,6 +1,6 @@
 // The link through the library's stand-in, with the real hub at the other end.
 #include "comm/CInnerCommunication.h"
-#include "comm/libcommif.h"
+#include "platform/libcommif.h"
 #include "tests/Rows.h"
 #include "tests/comm/HubProcess.h"
 #include "tests/comm/PacketBuilder.h"

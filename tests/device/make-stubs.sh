@@ -16,6 +16,6 @@ stub() {
 }
 
 mkdir -p "$dir"
-stub libgstfsl player/phymem.h
-stub libGLESv2 render/direct_texture.h
-stub libcommif comm/libcommif.h
+stub libgstfsl platform/phymem.h
+stub libGLESv2 platform/direct_texture.h
+stub libcommif platform/libcommif.h

@@ -1,5 +1,5 @@
 // The control bar on screen, driven by real keys and clicks.
-#include "app/common/globals.h"
+#include "common/globals.h"
 #include "pages/player/CPagePlayerControl.h"
 #include "tests/Rows.h"
 

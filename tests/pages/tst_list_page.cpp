@@ -1,6 +1,6 @@
 // The list page on screen over a real directory tree, driven by real keys and taps.
-#include "app/common/CPlayerDatas.h"
-#include "app/common/globals.h"
+#include "common/CPlayerDatas.h"
+#include "common/globals.h"
 #include "pages/list/CPagePlayerList.h"
 #include "tests/Rows.h"
 #include "tests/TestDevice.h"

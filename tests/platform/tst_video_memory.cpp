@@ -1,11 +1,11 @@
 // Physical memory and what reads it: the made-up addresses, GStreamer's view of a block, repaired
 // times, and frames that the textures must refuse.
 #include "platform/SurfaceFormat.h"
+#include "platform/direct_texture.h"
 #include "platform/host/HostCounters.h"
 #include "platform/host/PhysBlock.h"
 #include "platform/host/PhysMemory.h"
 #include "platform/host/TimestampRepair.h"
-#include "render/direct_texture.h"
 #include "tests/Rows.h"
 
 #include <QOffscreenSurface>

@@ -1,6 +1,6 @@
 // The one command-line option.
 #include "app/CommandLine.h"
-#include "app/common/globals.h"
+#include "common/globals.h"
 #include "tests/Rows.h"
 
 #include <QtTest>

@@ -1,9 +1,9 @@
 // The window with both pages, driven by keys and taps.
 #include "app/CPageMain.h"
 #include "app/DisplaySettings.h"
-#include "app/common/CPlayerDatas.h"
-#include "app/common/PositionConfig.h"
-#include "app/common/globals.h"
+#include "common/CPlayerDatas.h"
+#include "common/PositionConfig.h"
+#include "common/globals.h"
 #include "pages/list/CPagePlayerList.h"
 #include "pages/player/CPagePlayer.h"
 #include "pages/player/CPagePlayerControl.h"

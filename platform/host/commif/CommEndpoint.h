@@ -6,10 +6,10 @@
 // close() or the destructor on another thread.
 #pragma once
 
-#include "comm/libcommif.h"
 #include "platform/host/commif/CommError.h"
 #include "platform/host/commif/FileDescriptor.h"
 #include "platform/host/commif/PacketSocket.h"
+#include "platform/libcommif.h"
 
 #include <atomic>
 #include <mutex>

@@ -2,7 +2,7 @@
 //   head   16-bit type, 16-bit count of the bytes that follow
 //   item   16-bit tag, 16-bit count, that many bytes; items follow each other without padding
 // Every count is checked against what is left of the buffer before a byte is touched.
-#include "comm/libcommif.h"
+#include "platform/libcommif.h"
 
 #include <cstring>
 #include <type_traits>

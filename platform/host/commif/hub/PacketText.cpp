@@ -1,6 +1,6 @@
 #include "platform/host/commif/hub/PacketText.h"
 
-#include "comm/libcommif.h"
+#include "platform/libcommif.h"
 
 #include <cctype>
 #include <cstring>

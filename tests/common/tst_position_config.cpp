@@ -1,7 +1,7 @@
 // The margin file, row by row, from the device's path into the globals.
-#include "app/common/DevicePaths.h"
-#include "app/common/PositionConfig.h"
-#include "app/common/globals.h"
+#include "common/DevicePaths.h"
+#include "common/PositionConfig.h"
+#include "common/globals.h"
 #include "tests/Rows.h"
 
 #include <QDir>

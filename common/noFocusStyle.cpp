@@ -1,6 +1,6 @@
-#include "app/common/noFocusStyle.h"
+#include "common/noFocusStyle.h"
 
-#include "app/common/FocusFrame.h"
+#include "common/FocusFrame.h"
 
 void noFocusStyle::drawPrimitive(QStyle::PrimitiveElement element, const QStyleOption* option,
                                  QPainter* painter, const QWidget* widget) const

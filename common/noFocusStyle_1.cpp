@@ -1,6 +1,6 @@
-#include "app/common/noFocusStyle_1.h"
+#include "common/noFocusStyle_1.h"
 
-#include "app/common/FocusFrame.h"
+#include "common/FocusFrame.h"
 
 void noFocusStyle_1::drawPrimitive(QStyle::PrimitiveElement element, const QStyleOption* option,
                                    QPainter* painter, const QWidget* widget) const

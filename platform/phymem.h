@@ -1,4 +1,5 @@
-// The two functions of the device's GStreamer buffer library that the frame pump calls.
+// The two functions of the device's GStreamer buffer library that the frame pump calls. Any thread
+// that holds a reference to the buffer.
 #pragma once
 
 #include <gst/gst.h>

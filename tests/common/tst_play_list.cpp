@@ -1,5 +1,5 @@
 // The play list's cursor on its whole way, and the life of the one instance.
-#include "app/common/CPlayerDatas.h"
+#include "common/CPlayerDatas.h"
 
 #include <QtTest>
 

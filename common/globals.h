@@ -2,8 +2,6 @@
 // exists, read by the pages on the GUI thread afterwards; all zero until then.
 #pragma once
 
-class CPageMain;
-
 extern int gScreenW; // px
 extern int gScreenH; // px
 
@@ -18,5 +16,3 @@ extern int g_nPaddingLeft;
 extern int g_nPaddingTop;
 extern int g_nPaddingRight;
 extern int g_nPaddingBottom;
-
-extern CPageMain* g_pPageMain; // the one page manager, owned by main()

@@ -1,4 +1,4 @@
-#include "app/common/OwnedStyle.h"
+#include "common/OwnedStyle.h"
 
 #include <QStyle>
 #include <QWidget>

@@ -1,4 +1,4 @@
-#include "app/common/FocusFrame.h"
+#include "common/FocusFrame.h"
 
 #include <QPainter>
 #include <QPixmap>

@@ -1,4 +1,6 @@
-// The ten functions of the device's communication library that the link calls.
+// The ten functions of the device's communication library that the link calls. Those of the link
+// may be called by any thread, those of a packet by the one that owns it. Memory stays the
+// caller's.
 #pragma once
 
 #include <cstddef>

@@ -1,4 +1,4 @@
-#include "app/common/globals.h"
+#include "common/globals.h"
 
 int gScreenW = 0;
 int gScreenH = 0;
@@ -13,5 +13,3 @@ int g_nPaddingLeft = 0;
 int g_nPaddingTop = 0;
 int g_nPaddingRight = 0;
 int g_nPaddingBottom = 0;
-
-CPageMain* g_pPageMain = nullptr;

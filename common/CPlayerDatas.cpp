@@ -1,4 +1,4 @@
-#include "app/common/CPlayerDatas.h"
+#include "common/CPlayerDatas.h"
 
 CPlayerDatas* CPlayerDatas::s_var = nullptr;
 

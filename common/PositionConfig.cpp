@@ -1,7 +1,7 @@
-#include "app/common/PositionConfig.h"
+#include "common/PositionConfig.h"
 
-#include "app/common/DevicePaths.h"
-#include "app/common/globals.h"
+#include "common/DevicePaths.h"
+#include "common/globals.h"
 
 #include <QDebug>
 #include <QFile>
