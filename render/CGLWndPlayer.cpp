@@ -31,7 +31,7 @@ constexpr int kSmallLabel = 30;
 constexpr int kLargeLabel = 50;
 constexpr int kLabelGap = 10;
 
-size_t bytesOf(int width, int height)
+size_t pixelsOf(int width, int height)
 {
     return static_cast<size_t>(width) * static_cast<size_t>(height);
 }
@@ -48,7 +48,9 @@ CGLWndPlayer::CGLWndPlayer(QWidget* parent)
 
 CGLWndPlayer::~CGLWndPlayer()
 {
-    releaseObjects();
+    if (context())
+        disconnect(context(), nullptr, this, nullptr); // the base lets it go when we are no more
+    slotReleaseObjects();
     delete m_pWaitCond;
     delete m_pMutex;
 }
@@ -58,6 +60,8 @@ int CGLWndPlayer::OnVideoData(int nFormat, unsigned long nPhysAddr, unsigned cha
 {
     auto* surface = static_cast<CGLWndPlayer*>(pUserData);
     const QMutexLocker lock(surface->m_pMutex);
+    if (surface->m_bRefuse)
+        return 0;
     surface->m_nFrameWidth = nWidth;
     surface->m_nFrameHeight = nHeight;
     surface->m_pFrameData = pVirtAddr;
@@ -79,6 +83,14 @@ void CGLWndPlayer::waitFrameDrawn()
 void CGLWndPlayer::wakeFrameDrawn()
 {
     const QMutexLocker lock(m_pMutex);
+    m_bNewFrame = false;
+    m_pWaitCond->wakeAll();
+}
+
+void CGLWndPlayer::refuseFrames(bool refuse)
+{
+    const QMutexLocker lock(m_pMutex);
+    m_bRefuse = refuse;
     m_bNewFrame = false;
     m_pWaitCond->wakeAll();
 }
@@ -108,8 +120,8 @@ void CGLWndPlayer::paintGL()
     glActiveTexture(GL_TEXTURE0);
     const Frame frame = pendingFrame();
     if (frame.isNew) {
-        uploadFrame(GL_TEXTURE0, m_nVideoTexture, frame.width, frame.height, frame.data,
-                    frame.phys);
+        uploadFrame(GL_TEXTURE0, m_nVideoTexture, frame.width, frame.height, frame.data, frame.phys,
+                    frame.format);
         m_bPicture = true;
     }
     // Texture 0 has no picture, which is sampled as black.
@@ -124,11 +136,11 @@ void CGLWndPlayer::paintGL()
 CGLWndPlayer::Frame CGLWndPlayer::pendingFrame()
 {
     const QMutexLocker lock(m_pMutex);
-    return {m_pFrameData, m_nFramePhys, m_nFrameWidth, m_nFrameHeight, m_bNewFrame};
+    return {m_pFrameData, m_nFramePhys, m_nFrameWidth, m_nFrameHeight, m_eFrameFormat, m_bNewFrame};
 }
 
 void CGLWndPlayer::uploadFrame(GLenum textureUnit, GLuint texture, int width, int height,
-                               unsigned char* pVirtAddr, unsigned long nPhysAddr)
+                               unsigned char* pVirtAddr, unsigned long nPhysAddr, GLenum format)
 {
     glActiveTexture(textureUnit);
     glBindTexture(GL_TEXTURE_2D, texture);
@@ -137,13 +149,13 @@ void CGLWndPlayer::uploadFrame(GLenum textureUnit, GLuint texture, int width, in
     if (phys == kNoPhysAddr) {
         GLvoid* logical = pVirtAddr;
         const GLuint unused = kPhysUnused;
-        glTexDirectVIVMap(GL_TEXTURE_2D, width, height, m_eFrameFormat, &logical, &unused);
+        glTexDirectVIVMap(GL_TEXTURE_2D, width, height, format, &logical, &unused);
     } else if (phys == kCopyWanted) {
-        copyFrame(width, height, pVirtAddr);
+        copyFrame(width, height, pVirtAddr, format);
     } else {
         auto* logical = reinterpret_cast<GLvoid*>(kLogicalUnused);
         const GLuint physical = phys;
-        glTexDirectVIVMap(GL_TEXTURE_2D, width, height, m_eFrameFormat, &logical, &physical);
+        glTexDirectVIVMap(GL_TEXTURE_2D, width, height, format, &logical, &physical);
     }
     glTexDirectInvalidateVIV(GL_TEXTURE_2D);
     glTexParameterf(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR);
@@ -152,16 +164,16 @@ void CGLWndPlayer::uploadFrame(GLenum textureUnit, GLuint texture, int width, in
     glTexParameterf(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE);
 }
 
-void CGLWndPlayer::copyFrame(int width, int height, const unsigned char* pVirtAddr)
+void CGLWndPlayer::copyFrame(int width, int height, const unsigned char* pVirtAddr, GLenum format)
 {
     std::array<GLvoid*, kPlanes> planes = {};
-    glTexDirectVIV(GL_TEXTURE_2D, width, height, m_eFrameFormat, planes.data());
-    const size_t pixels = bytesOf(width, height);
+    glTexDirectVIV(GL_TEXTURE_2D, width, height, format, planes.data());
+    const size_t pixels = pixelsOf(width, height);
     if (!planes[0]) // a size that the GPU refuses
         return;
-    if (m_eFrameFormat == kFormatPacked16) {
+    if (format == kFormatPacked16) {
         std::memcpy(planes[0], pVirtAddr, pixels * 2);
-    } else if (m_eFrameFormat == kFormatNv12) {
+    } else if (format == kFormatNv12) {
         std::memcpy(planes[0], pVirtAddr, pixels);
         std::memcpy(planes[1], pVirtAddr + pixels, pixels / 2);
     }

@@ -6,8 +6,14 @@
 //
 // Lock: m_pMutex guards the pending frame and m_bNewFrame, and m_pWaitCond belongs to it. It is
 // never held while drawing, nor together with a lock of the engine. At most one frame is pending.
-// The wait ends when the frame has been drawn, when wakeFrameDrawn() is called, or when the
-// waiting QThread is asked to interrupt: its memory may be gone then, so the frame is dropped.
+// The wait ends when the frame has been drawn, when wakeFrameDrawn() is called, when frames are
+// refused, or when the waiting QThread is asked to interrupt: its memory may be gone then, so the
+// frame is dropped.
+//
+// A widget gets a new context when its window is made anew, as eglfs does for the first surface, or
+// when it moves to another window. All GL objects belong to one context: they are released before
+// it goes, and the next one has its own. A frame that waits meanwhile is drawn by the next context;
+// the picture that stood there is gone until the next frame.
 //
 // Sizes in px. Needs the resources :/shader/ and :/image/text.png.
 #pragma once
@@ -44,12 +50,19 @@ public:
     void wakeFrameDrawn(); // ends a waiting hand-off; its frame counts as drawn
     void forgetPicture();  // from the next paint to the next frame the picture is black
 
+    // While frames are refused, a hand-off ends at once and its frame is never drawn, one that is
+    // waiting too.
+    void refuseFrames(bool refuse);
+
     bool m_bVideo = false; // video is on; grey without labels while false
 
 protected:
     void initializeGL() override;
     void resizeGL(int w, int h) override;
     void paintGL() override;
+
+private slots:
+    void slotReleaseObjects(); // the context is about to go
 
 private:
     struct Frame
@@ -58,6 +71,7 @@ private:
         unsigned long phys;
         int width;
         int height;
+        GLenum format;
         bool isNew;
     };
 
@@ -67,13 +81,12 @@ private:
     void makeVideoTexture();
     void setUpAttributes();
     void makeLabelTexture();
-    void releaseObjects();
 
     void waitFrameDrawn(); // worker; called locked
     Frame pendingFrame();
     void uploadFrame(GLenum textureUnit, GLuint texture, int width, int height,
-                     unsigned char* pVirtAddr, unsigned long nPhysAddr);
-    void copyFrame(int width, int height, const unsigned char* pVirtAddr);
+                     unsigned char* pVirtAddr, unsigned long nPhysAddr, GLenum format);
+    void copyFrame(int width, int height, const unsigned char* pVirtAddr, GLenum format);
     void drawQuad();
     void drawLabels();
     void drawViewLabel();
@@ -97,6 +110,7 @@ private:
 
     int m_nSwitch = 0;        // GUI thread
     bool m_bNewFrame = false; // under m_pMutex
+    bool m_bRefuse = false;   // under m_pMutex
     bool m_bPicture = false;  // GUI thread: the texture holds a frame that may be shown
 
     QMutex* m_pMutex;

@@ -79,6 +79,9 @@ template <typename Object> void destroyAndDelete(Object*& object)
 void CGLWndPlayer::initializeGL()
 {
     initializeOpenGLFunctions();
+    // What is made here is gone with the context; called on it later, it would end the program.
+    connect(context(), SIGNAL(aboutToBeDestroyed()), this, SLOT(slotReleaseObjects()),
+            Qt::UniqueConnection);
     makeQuad();
     makeVideoProgram();
     makeLabelProgram();
@@ -150,8 +153,9 @@ void CGLWndPlayer::makeLabelTexture()
     m_pLabelTexture->setMagnificationFilter(QOpenGLTexture::Linear);
 }
 
-void CGLWndPlayer::releaseObjects()
+void CGLWndPlayer::slotReleaseObjects()
 {
+    m_bPicture = false;
     makeCurrent();
     releaseProgram(m_pVideoProgram);
     releaseProgram(m_pLabelProgram);

@@ -156,6 +156,38 @@ private slots:
         QCOMPARE(drawnIn(picture(), picture().rect()), 0); // and no label
     }
 
+    // A frame that waits during the change is drawn by the next context, which has all it needs.
+    void survivesChangesOfItsContext()
+    {
+        const auto other = std::make_unique<QWidget>();
+        other->resize(320, 240);
+        other->show();
+        for (int change = 0; change < 6; ++change) {
+            const HandOff handOff(m_surface, 1, 0, m_nv12.data());
+            m_surface->setParent(change % 2 == 0 ? other.get() : m_window.get());
+            m_surface->show();
+            QVERIFY(handOff.ends());
+        }
+        QCOMPARE(shows(), QStringLiteral("rgbw"));
+        QVERIFY(drawnIn(picture(), QRect(120, 80, 30, 30)) > 50);
+    }
+
+    void refusedFramesAreNeverDrawn()
+    {
+        drawFrame();
+        m_window->hide();
+        {
+            const HandOff waiting(m_surface, 1, kCopy, frameOf(0).data());
+            QVERIFY(!waiting.ends(200));
+            m_surface->refuseFrames(true);
+            QVERIFY(waiting.ends());
+            QVERIFY(HandOff(m_surface, 1, kCopy, nullptr).ends());
+        }
+        m_surface->refuseFrames(false);
+        m_window->show();
+        QCOMPARE(shows(), QStringLiteral("rgbw"));
+    }
+
     void hiddenHandOffEnds_data()
     {
         columns<QString, QString>({"by", "expected"});
