@@ -2,6 +2,7 @@
 
 #include "platform/VideoPath.h"
 #include "player/EngineClock.h"
+#include "player/ThreadActivity.h"
 
 #include <QByteArray>
 #include <QDebug>
@@ -13,6 +14,8 @@ namespace {
 constexpr qint64 kUnknown = -1;
 constexpr qint64 kNsPerSecond = GST_SECOND;
 constexpr qint64 kSeekStep = 34 * kNsPerSecond;
+constexpr unsigned long kWorkerPollUs = 100;
+constexpr char kWorkerName[] = "frame pump"; // what its thread is called
 
 // playbin's video, audio, subtitles and visualisation.
 constexpr int kPlayFlags = 0x0F;
@@ -30,6 +33,7 @@ CPlayer::CPlayer(VideoDataCallback pfnVideoData, void* pVideoUserData)
       m_pMutex(new QMutex),
       m_pThread(new QThread(this))
 {
+    m_pThread->setObjectName(QString::fromLatin1(kWorkerName));
     connect(m_pThread, SIGNAL(started()), this, SLOT(slotProcessSample()));
     moveToThread(m_pThread);
     m_pThread->start(QThread::InheritPriority);
@@ -39,6 +43,7 @@ CPlayer::~CPlayer()
 {
     m_bQuit = true;
     m_pThread->requestInterruption();
+    flushSamples();
     releasePipeline();
     if (m_pThread->isRunning()) {
         m_pThread->quit();
@@ -135,6 +140,7 @@ void CPlayer::stop()
     qDebug() << "+++ CPlayer::stop() start ...m_bPlaying=" << text(m_bPlaying)
              << " m_bPause=" << text(m_bPause);
     if (m_bPlaying || m_bPause) {
+        flushSamples();
         gst_element_set_state(m_pPipeline, GST_STATE_NULL);
         m_bPlaying = false;
         m_bPause = false;
@@ -175,10 +181,22 @@ void CPlayer::seekTo(qint64 target)
     m_bAcceptSamples = true;
 }
 
-bool CPlayer::isStarting() const
+void CPlayer::waitForWorker() const
+{
+    while (m_bPresenting)
+        QThread::usleep(kWorkerPollUs);
+}
+
+bool CPlayer::waitsForData() const
 {
     return m_bPlaying &&
            gst_element_get_state(m_pPipeline, nullptr, nullptr, 0) == GST_STATE_CHANGE_ASYNC;
+}
+
+// The worker's naps while the store is empty are no work.
+bool CPlayer::isAtWork() const
+{
+    return othersAreAtWork(kWorkerName);
 }
 
 qint64 CPlayer::queryDuration() const

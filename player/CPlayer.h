@@ -10,12 +10,17 @@
 // threads                                    bus_callback(), which touches no member
 //
 // Locks: m_pMutex guards m_mapSamples and nothing else. It is held inside the four store
-// operations only: never across a sleep, the hand-off or another lock.
+// operations only, never across a sleep, the hand-off or another lock: samples are released when it
+// has been let go, as that takes locks of the platform's.
 //
-// Stopping, in this order: m_bQuit is set and the worker interrupted; the pipeline goes to NULL,
-// which ends the streaming threads; the worker is joined; the store is released. A hand-off that
-// waits for a repaint must watch QThread::isInterruptionRequested(), or the join never ends: the
-// GUI thread, which would repaint, is the one that waits.
+// Stopping a file, in this order: the store is released, for a decoder that waits for a free frame
+// might not give way to the pipeline; the pipeline goes to NULL, which ends the streaming threads;
+// the store is released of what came meanwhile. One sample may then still be with the worker.
+//
+// Ending, in this order: m_bQuit is set and the worker interrupted; the store is released; the
+// pipeline goes to NULL; the worker is joined; the store is released. A hand-off that waits for a
+// repaint must watch QThread::isInterruptionRequested(), or the join never ends: the GUI thread,
+// which would repaint, is the one that waits.
 //
 // Times: GStreamer's in ns, the engine's own in us.
 #pragma once
@@ -55,7 +60,14 @@ public:
     qint64 queryPosition() const; // ns, -1: unknown; runs ahead of the picture by the frames stored
 
     bool isPlaying() const { return m_bPlaying; } // a file is loaded, playing or paused
-    bool isStarting() const; // a file was started and nothing of it has reached the sinks yet
+    bool waitsForData() const; // playing, but the sinks wait for a first frame: of the file, or of
+                               // what follows a seek
+    bool isAtWork() const;     // a thread of the pipeline computes or waits for the disk just now
+
+    // Returns when the worker is done with a sample that it has taken out of the store; after
+    // stop() it has nothing of that file any more. The receiver has to let its hand-off end
+    // meanwhile.
+    void waitForWorker() const;
 
 signals:
     void sgPlayError();    // streaming thread, or GUI thread inside a state change
@@ -107,4 +119,5 @@ private:
     QThread* m_pThread;
     std::atomic<bool> m_bQuit{false};          // GUI writes, worker reads
     std::atomic<bool> m_bAcceptSamples{false}; // GUI writes, streaming thread reads
+    std::atomic<bool> m_bPresenting{false};    // worker writes, GUI reads
 };

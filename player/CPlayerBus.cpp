@@ -17,8 +17,8 @@ void printError(GstMessage* message)
 
 } // namespace
 
-// Runs in whatever thread posts the message, so it may only emit. Passed messages wait on the bus
-// until the pipeline goes to NULL, which empties it.
+// Runs in whatever thread posts the message, so it may only emit. Nobody would take a message off
+// the bus: those of a damaged file would fill the memory.
 GstBusSyncReply CPlayer::bus_callback(GstBus* /*bus*/, GstMessage* message, void* user)
 {
     auto* player = static_cast<CPlayer*>(user);
@@ -34,5 +34,6 @@ GstBusSyncReply CPlayer::bus_callback(GstBus* /*bus*/, GstMessage* message, void
     default:
         break;
     }
-    return GST_BUS_PASS;
+    gst_message_unref(message);
+    return GST_BUS_DROP;
 }

@@ -37,6 +37,17 @@ GstSample* ownSample(GstSample* pulled)
     return own;
 }
 
+// Also of a frame that nobody will see: mapping it says that it was dealt with, and a platform may
+// be holding the end of the stream back until then.
+void discard(GstSample* sample)
+{
+    GstBuffer* buffer = gst_sample_get_buffer(sample);
+    GstMapInfo map = {};
+    if (gst_buffer_map(buffer, &map, GST_MAP_READ))
+        gst_buffer_unmap(buffer, &map);
+    gst_sample_unref(sample);
+}
+
 bool readSize(GstSample* sample, int* width, int* height)
 {
     GstCaps* caps = gst_sample_get_caps(sample);
@@ -61,16 +72,14 @@ GstFlowReturn CPlayer::on_new_sample_from_sink(GstElement* sink, void* user)
 void CPlayer::storeSample(GstSample* sample)
 {
     const qint64 key = presentationTimeUs(sample);
-    const QMutexLocker lock(m_pMutex);
+    QMutexLocker lock(m_pMutex);
+    GstSample* unwanted = sample;
     // Asked under the lock: a frame of before a flush must not slip in behind it.
-    if (!m_bAcceptSamples) {
-        gst_sample_unref(sample);
-        return;
-    }
-    GstSample*& entry = m_mapSamples[key];
-    if (entry)
-        gst_sample_unref(entry);
-    entry = sample;
+    if (m_bAcceptSamples)
+        unwanted = std::exchange(m_mapSamples[key], sample);
+    lock.unlock();
+    if (unwanted)
+        discard(unwanted);
 }
 
 qint64 CPlayer::firstSampleTime()
@@ -88,10 +97,11 @@ GstSample* CPlayer::takeSample(const qint64& key)
 void CPlayer::flushSamples()
 {
     m_bAcceptSamples = false; // before the lock, see storeSample()
-    const QMutexLocker lock(m_pMutex);
-    for (GstSample* sample : std::as_const(m_mapSamples))
+    QMutexLocker lock(m_pMutex);
+    const auto samples = std::exchange(m_mapSamples, {});
+    lock.unlock();
+    for (GstSample* sample : samples)
         gst_sample_unref(sample);
-    m_mapSamples.clear();
 }
 
 void CPlayer::slotProcessSample()
@@ -117,8 +127,10 @@ void CPlayer::processNextSample()
         QThread::usleep(static_cast<unsigned long>(qMin(dueUs - elapsedUs, kLongestSleepUs)));
         return;
     }
+    m_bPresenting = true; // before it leaves the store: whoever flushed it must wait for this one
     if (GstSample* sample = takeSample(dueUs))
         presentSample(sample);
+    m_bPresenting = false;
 }
 
 // The buffer stays mapped until the hand-off has returned: the GPU reads it until then.

@@ -245,7 +245,7 @@ void CPagePlayer::slotCmdStop()
 
 void CPagePlayer::slotCheckStart()
 {
-    if (m_pPlayer->isStarting())
+    if (m_pPlayer->waitsForData())
         slotCmdStop();
 }
 
