@@ -3,18 +3,19 @@
 #include "common/CPlayerDatas.h"
 #include "common/globals.h"
 #include "pages/player/CPagePlayerControl.h"
+#include "pages/player/CPlayback.h"
 #include "player/CPlayer.h"
 #include "player/EngineClock.h"
 #include "render/CGLWndPlayer.h"
 
-#include <QCoreApplication>
 #include <QTimer>
+
+#include <utility>
 
 namespace {
 
 constexpr int kControlBarHeight = 80; // px
 constexpr int kHideTickMs = 50;
-constexpr int kLongestStartMs = 5000;
 constexpr qint64 kBarStaysUs = 9999999;
 constexpr float kNsPerSecond = 1000000000.0F;
 constexpr qint64 kUnknown = -1;
@@ -35,7 +36,6 @@ CPagePlayer::CPagePlayer(QWidget* parent) : QWidget(parent), m_nBarStaysUs(kBarS
     createEngine();
     connectEngine();
     createHideTimer();
-    createStartTimer();
 }
 
 // The engine goes first: its worker hands frames to the surface.
@@ -87,9 +87,6 @@ void CPagePlayer::createEngine()
 
 void CPagePlayer::connectEngine()
 {
-    connect(m_pPlayer, SIGNAL(sgPlayFinished()), this, SLOT(slotPlayInMultiFileMode()));
-    connect(m_pPlayer, SIGNAL(sgPlayError()), this, SLOT(slotCmdStop()));
-    connect(m_pPlayer, SIGNAL(sgUpdateData()), this, SLOT(slotUpdateData()));
     connect(m_pPlayer, SIGNAL(sgSendPlayingState(bool, bool)), this,
             SLOT(slotUpdatePlayingState(bool, bool)));
     connect(m_pPlayer, SIGNAL(sgRestartPlay()), this, SLOT(slotRestartPlay()));
@@ -100,17 +97,6 @@ void CPagePlayer::createHideTimer()
     m_pHideTimer = new QTimer(this);
     m_pHideTimer->setInterval(kHideTickMs);
     connect(m_pHideTimer, SIGNAL(timeout()), this, SLOT(slotHidePagePlayerControl()));
-}
-
-// The pipeline drops an error that a demuxer reports while it is still being plugged in; such a
-// file would then start for ever. The timer runs from the start to the first frame only: the
-// pipeline also waits for a frame after a pause or a seek, and then nothing is wrong.
-void CPagePlayer::createStartTimer()
-{
-    m_pStartTimer = new QTimer(this);
-    m_pStartTimer->setSingleShot(true);
-    m_pStartTimer->setInterval(kLongestStartMs);
-    connect(m_pStartTimer, SIGNAL(timeout()), this, SLOT(slotCheckStart()));
 }
 
 void CPagePlayer::enterPage()
@@ -139,7 +125,7 @@ void CPagePlayer::leavePage()
 void CPagePlayer::slotPlayInMultiFileMode()
 {
     CPlayerDatas* files = CPlayerDatas::getInstance();
-    if (files->isEmpty() || endedBeforeNow())
+    if (files->isEmpty())
         return;
     files->next();
     if (files->isEnd()) {
@@ -150,35 +136,28 @@ void CPagePlayer::slotPlayInMultiFileMode()
     showVideo(true);
     m_pPlayerControl->resetTime();
     const QByteArray path = files->currentFile().toLocal8Bit();
-    startPlayback([&] { m_pPlayer->playFile(path.constData()); });
+    beginPlayback();
+    m_pPlayer->playFile(path.constData());
 }
 
-// An end of stream may still be queued when its file is stopped by an error or by the user; then it
-// must not start the next file.
-bool CPagePlayer::endedBeforeNow() const
+void CPagePlayer::beginPlayback()
 {
-    return sender() == m_pPlayer && !m_pPlayer->isPlaying();
+    m_pPlayback = new CPlayback(m_pPlayer, this);
+    connect(m_pPlayback, SIGNAL(sgPlayFinished()), this, SLOT(slotPlayInMultiFileMode()));
+    connect(m_pPlayback, SIGNAL(sgPlayError()), this, SLOT(slotCmdStop()));
+    connect(m_pPlayback, SIGNAL(sgUpdateData()), this, SLOT(slotUpdateData()));
 }
 
-// A missing file is reported inside the call that starts it, when there is nothing to stop yet;
-// the call then goes on to report that it plays. So what was asked for is done again afterwards.
-template <typename Start> void CPagePlayer::startPlayback(Start start)
-{
-    m_bStopAsked = false;
-    if (!m_pPlayer->isPlaying())
-        m_pStartTimer->start();
-    start();
-    if (m_bStopAsked)
-        slotCmdStop();
-}
-
-// What the stopped file has reported and is still queued is dealt with now: one failure is often
-// reported twice, and the second report would stop the next file. Its last picture must not stand
-// in for the next one's first either.
+// Nothing of a stopped file may touch the next one: neither what it has reported, nor the frame
+// that waits to be drawn or is on its way there, nor the picture that it leaves.
 void CPagePlayer::stopPlayback()
 {
+    if (m_pPlayback)
+        std::exchange(m_pPlayback, nullptr)->end();
     m_pPlayer->stop();
-    QCoreApplication::sendPostedEvents(this, QEvent::MetaCall);
+    m_pGLWndPlayer->refuseFrames(true);
+    m_pPlayer->waitForWorker();
+    m_pGLWndPlayer->refuseFrames(false);
     m_pGLWndPlayer->forgetPicture();
 }
 
@@ -206,7 +185,6 @@ void CPagePlayer::slotHidePagePlayerControl()
 
 void CPagePlayer::slotUpdateData()
 {
-    m_pStartTimer->stop();
     const qint64 duration = m_pPlayer->queryDuration();
     const qint64 position = m_pPlayer->queryPosition();
     if (duration != kUnknown)
@@ -233,20 +211,15 @@ void CPagePlayer::slotKeyEventUpdate()
 
 void CPagePlayer::slotCmdPlay()
 {
-    startPlayback([this] { m_pPlayer->playPause(); });
+    if (!m_pPlayer->isPlaying())
+        beginPlayback();
+    m_pPlayer->playPause();
 }
 
 void CPagePlayer::slotCmdStop()
 {
-    m_bStopAsked = true;
     stopPlayback();
     showVideo(false);
-}
-
-void CPagePlayer::slotCheckStart()
-{
-    if (m_pPlayer->waitsForData())
-        slotCmdStop();
 }
 
 void CPagePlayer::slotCmdBackward()

@@ -8,6 +8,7 @@
 
 class CGLWndPlayer;
 class CPagePlayerControl;
+class CPlayback;
 class CPlayer;
 class QTimer;
 
@@ -22,7 +23,7 @@ public:
     void enterPage(); // before the page is shown
     void leavePage(); // before it is hidden: stops playback and empties the play list
     void showPagePlayerControl();
-    void setBarStaysUs(qint64 us) { m_nBarStaysUs = us; } // after the last activity
+    void setBarStaysUs(qint64 us) { m_nBarStaysUs = us; } // after the last activity; for tests
 
 signals:
     void sgBackToPagePlayerList();
@@ -46,7 +47,6 @@ private slots:
     void slotCmdStop();
     void slotCmdBackward();
     void slotCmdForward();
-    void slotCheckStart();
 
 private:
     void placeInside(const QWidget& parent);
@@ -56,10 +56,8 @@ private:
     void createEngine();
     void connectEngine();
     void createHideTimer();
-    void createStartTimer();
 
-    bool endedBeforeNow() const;
-    template <typename Start> void startPlayback(Start start);
+    void beginPlayback(); // before the engine is told to start a file
     void stopPlayback();
     void showVideo(bool on);
     void selectView(int view);
@@ -69,8 +67,7 @@ private:
     CPagePlayerControl* m_pPlayerControl = nullptr;
     CPlayer* m_pPlayer = nullptr; // no Qt parent; deleted by the destructor
     QTimer* m_pHideTimer = nullptr;
-    qint64 m_nLastEventTimeUs = 0; // of currentTimeUs()
-    QTimer* m_pStartTimer = nullptr;
-    qint64 m_nBarStaysUs;      // the bar is hidden when more than this has passed
-    bool m_bStopAsked = false; // slotCmdStop() ran; looked at after a start
+    qint64 m_nLastEventTimeUs = 0;    // of currentTimeUs()
+    CPlayback* m_pPlayback = nullptr; // child; null while no file is loaded
+    qint64 m_nBarStaysUs;             // the bar is hidden when more than this has passed
 };

@@ -7,6 +7,7 @@
 #include "pages/list/CPagePlayerList.h"
 #include "pages/player/CPagePlayer.h"
 #include "pages/player/CPagePlayerControl.h"
+#include "platform/host/FramePool.h"
 #include "platform/host/HostCounters.h"
 #include "render/CGLWndPlayer.h"
 #include "tests/Rows.h"
@@ -19,11 +20,32 @@
 #include <QPushButton>
 #include <QtTest>
 
+#include <atomic>
+#include <functional>
 #include <memory>
 
 namespace {
 
 const QColor kGrey(18, 18, 28);
+
+// What the program writes, from any thread.
+std::atomic<int> s_nEnds{0};
+std::atomic<int> s_nErrors{0};
+void countLine(QtMsgType, const QMessageLogContext&, const QString& line)
+{
+    s_nEnds += line.contains("End of stream!!!") ? 1 : 0;
+    s_nErrors += line.contains("GST_MESSAGE_ERROR") ? 1 : 0;
+}
+
+// Keeps the GUI from its work meanwhile.
+bool blockUntil(const std::function<bool()>& condition)
+{
+    QElapsedTimer clock;
+    clock.start();
+    while (!condition() && clock.elapsed() < kLimitMs)
+        QThread::msleep(1);
+    return condition();
+}
 
 // The window of a device, with short names for what a test looks at.
 struct Window
@@ -163,6 +185,35 @@ private slots:
         for (const Qt::Key key : {Qt::Key_Return, Qt::Key_Down, Qt::Key_Return})
             w.key(key);
         QVERIFY(w.shows("/00:02"));
+    }
+
+    // A frame of it was on its way to the screen.
+    void stoppedFileShowsNoMore()
+    {
+        const Window w({"quads.mp4"});
+        w.play();
+        QTRY_VERIFY_WITH_TIMEOUT(w.colourAt(20, 20).red() > 150, kLimitMs);
+        QVERIFY(blockUntil([] { return hostCounters().framesOut == FramePool::kFrames; }));
+        QThread::msleep(200); // the next frame is due meanwhile and waits
+        w.buttons[1]->click();
+        w.surface->m_bVideo = true;
+        QCOMPARE(w.colourAt(20, 20), QColor(Qt::black));
+    }
+
+    void lateReportsTouchNothing()
+    {
+        qInstallMessageHandler(countLine);
+        const Window w({"damaged.mp4", "odd.avi", "silent.mp4"});
+        w.play();
+        QVERIFY(blockUntil([] { return s_nErrors > 0; }));
+        w.page->slotPlayInMultiFileMode(); // before the errors arrive
+        const unsigned drawn = hostCounters().uploads;
+        QTRY_COMPARE_WITH_TIMEOUT(hostCounters().uploads - drawn, 8U, kLimitMs);
+        QVERIFY(blockUntil([] { return s_nEnds > 0; }));
+        w.buttons[1]->click(); // before the end arrives
+        QTest::qWait(100);
+        QVERIFY(!w.surface->m_bVideo);
+        qInstallMessageHandler(nullptr);
     }
 
     void viewShowsAtOnceWhilePaused()
