@@ -8,7 +8,10 @@
 #include <QCursor>
 #include <QFont>
 #include <QFontDatabase>
+#include <QOpenGLContext>
 #include <QScreen>
+
+#include <cstdio>
 
 namespace {
 
@@ -52,4 +55,15 @@ void setDefaultSurfaceFormat()
     format.setStencilBufferSize(kStencilBits);
     format.setSamples(kSamples);
     QSurfaceFormat::setDefaultFormat(adaptPlatformSurfaceFormat(format));
+}
+
+bool canDrawWithOpenGl()
+{
+    QOpenGLContext context;
+    if (context.create())
+        return true;
+    std::fprintf(stderr,
+                 "quadplayer: platform '%s' cannot draw with OpenGL, which the video needs\n",
+                 qPrintable(QGuiApplication::platformName()));
+    return false;
 }

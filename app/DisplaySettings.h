@@ -10,3 +10,7 @@ void loadApplicationFont();
 
 // Depth, stencil and samples of every OpenGL surface, adapted to the platform.
 void setDefaultSurfaceFormat();
+
+// False on a platform whose windows hold no OpenGL surface; the reason has then been printed. After
+// setDefaultSurfaceFormat().
+bool canDrawWithOpenGl();

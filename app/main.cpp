@@ -11,6 +11,8 @@
 
 #include <cstdlib>
 
+#include <sysexits.h>
+
 namespace {
 
 // The page manager lives exactly as long as the event loop and its teardown.
@@ -42,5 +44,7 @@ int main(int argc, char** argv)
     loadApplicationFont();
     readPositionConfig();
     setDefaultSurfaceFormat();
+    if (!canDrawWithOpenGl())
+        return EX_UNAVAILABLE;
     return runPageManager(app);
 }

@@ -118,6 +118,14 @@ private slots:
         QCOMPARE(hub.endWhenPlayerLeft().count(kAppSwitch), 1);
     }
 
+    void saysThatItCannotDraw()
+    {
+        Program program({"-platform", "minimal"});
+        QVERIFY(program.ended());
+        QCOMPARE(program.result(), QStringLiteral("0 69"));
+        QVERIFY(program.output().contains("'minimal' cannot draw with OpenGL"));
+    }
+
     void leavesOnInterrupt_data()
     {
         // keys: pressed on the list
