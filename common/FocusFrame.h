@@ -6,7 +6,9 @@
 class QPainter;
 class QStyleOption;
 
+constexpr int kFocusFrameOverhang = 8; // px
+
 // Draws the picture as focus frame of the widget that `painter` paints, from the widget's top left
-// corner and 8 px larger than the option's rectangle in both directions.
+// corner and larger by the overhang than the option's rectangle in both directions.
 void drawFocusFrame(const QString& picture, Qt::AspectRatioMode mode, const QStyleOption* option,
                     QPainter* painter);

@@ -1,13 +1,15 @@
 #include "pages/player/CFrameButton.h"
 
+#include "common/FocusFrame.h"
+
 #include <QStyleOptionButton>
 #include <QStyleOptionFocusRect>
 #include <QStylePainter>
 
 namespace {
 
-// Half of what the frame pictures overhang: the frame ends where the button does.
-constexpr int kFrameInset = 4; // px
+// With it the frame's picture ends where the button does.
+constexpr int kFrameInset = kFocusFrameOverhang / 2;
 
 } // namespace
 
