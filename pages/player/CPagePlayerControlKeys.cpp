@@ -34,7 +34,7 @@ bool CPagePlayerControl::eventFilter(QObject* watched, QEvent* event)
     if (!action)
         return QObject::eventFilter(watched, event);
     perform(*action, index);
-    if (!twoKeyMode)
+    if (consumedKeysAreActivity(twoKeyMode))
         emit sgKeyEventUpdate();
     return true;
 }

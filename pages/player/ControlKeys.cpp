@@ -51,3 +51,8 @@ const ControlAction* controlAction(bool twoKeyMode, QEvent::Type type, int key)
 {
     return (twoKeyMode ? kTwoKey : kNormal).find(type, key);
 }
+
+bool consumedKeysAreActivity(bool twoKeyMode)
+{
+    return !twoKeyMode;
+}

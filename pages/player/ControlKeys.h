@@ -12,3 +12,6 @@ enum class ControlAction {
 
 // Null: the key is not the bar's. `type` is KeyPress or KeyRelease.
 const ControlAction* controlAction(bool twoKeyMode, QEvent::Type type, int key);
+
+// Whether a key that the bar consumes, whatever its action, shows that the user is active.
+bool consumedKeysAreActivity(bool twoKeyMode);
