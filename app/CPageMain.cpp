@@ -86,9 +86,8 @@ void CPageMain::takeKeys()
 
 void CPageMain::slotExitApp()
 {
-    // Two requests can meet in one pass of the event loop; the device is told once.
-    const bool leaving = !isVisible();
-    if (!leaving && m_pInnerComm && m_pInnerComm->isInited())
+    // Two requests can meet in one pass of the event loop; the first one closes the window.
+    if (isVisible() && m_pInnerComm->isInited())
         m_pInnerComm->slotAppSwitch();
     close();
     emit sgAppExit();
