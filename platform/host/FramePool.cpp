@@ -61,14 +61,18 @@ void FramePool::giveBack(const std::shared_ptr<PhysBlock>& block, uint64_t numbe
 bool FramePool::waitUntilShown(std::chrono::nanoseconds patience, std::chrono::nanoseconds stay)
 {
     std::unique_lock<std::mutex> lock(m_Mutex);
-    while (!interrupted() && m_nShown < m_nTaken) {
-        if (!m_bPlaying) {
-            m_Changed.wait(lock);
-        } else if (m_Changed.wait_for(lock, patience) == std::cv_status::timeout) {
-            return true;
-        }
-    }
+    bool moves = true;
+    while (moves && !interrupted() && m_nShown < m_nTaken)
+        moves = waitForChange(lock, patience);
     return !m_Changed.wait_for(lock, stay, [this] { return interrupted(); });
+}
+
+bool FramePool::waitForChange(std::unique_lock<std::mutex>& lock, std::chrono::nanoseconds patience)
+{
+    if (m_bPlaying)
+        return m_Changed.wait_for(lock, patience) == std::cv_status::no_timeout;
+    m_Changed.wait(lock);
+    return true;
 }
 
 void FramePool::setActive(bool active)

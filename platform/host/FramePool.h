@@ -42,6 +42,8 @@ private:
     std::shared_ptr<PhysBlock> unusedBlock(size_t size);
     GstMemory* handOut(const std::shared_ptr<PhysBlock>& block);
     void markShown(uint64_t number);
+    // False: nothing changed although playing went on for `patience`.
+    bool waitForChange(std::unique_lock<std::mutex>& lock, std::chrono::nanoseconds patience);
     void giveBack(const std::shared_ptr<PhysBlock>& block, uint64_t number);
 
     std::mutex m_Mutex; // guards everything below
