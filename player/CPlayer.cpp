@@ -8,6 +8,7 @@
 #include <QDebug>
 #include <QMutex>
 #include <QThread>
+#include <QWaitCondition>
 
 namespace {
 
@@ -31,6 +32,7 @@ CPlayer::CPlayer(VideoDataCallback pfnVideoData, void* pVideoUserData)
     : m_pfnVideoData(pfnVideoData),
       m_pVideoUserData(pVideoUserData),
       m_pMutex(new QMutex),
+      m_pSampleStored(new QWaitCondition),
       m_pThread(new QThread(this))
 {
     m_pThread->setObjectName(QString::fromLatin1(kWorkerName));
@@ -52,6 +54,7 @@ CPlayer::~CPlayer()
     delete m_pThread;
     m_pThread = nullptr;
     flushSamples();
+    delete m_pSampleStored;
     delete m_pMutex;
 }
 

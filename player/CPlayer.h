@@ -10,8 +10,9 @@
 // threads                                    bus_callback(), which touches no member
 //
 // Locks: m_pMutex guards m_mapSamples and nothing else. It is held inside the four store
-// operations only, never across a sleep, the hand-off or another lock: samples are released when it
-// has been let go, as that takes locks of the platform's.
+// operations only, never across the hand-off or another lock: samples are released when it has been
+// let go, as that takes locks of the platform's. The nap of an empty store lets it go while it
+// lasts.
 //
 // Stopping a file, in this order: the store is released, for a decoder that waits for a free frame
 // might not give way to the pipeline; the pipeline goes to NULL, which ends the streaming threads;
@@ -36,6 +37,7 @@
 
 class QMutex;
 class QThread;
+class QWaitCondition;
 
 class CPlayer : public QObject
 {
@@ -94,6 +96,7 @@ private:
     void flushSamples();
 
     void processNextSample();
+    void napWhileEmpty();
     void presentSample(GstSample* sample);
     void handOn(GstBuffer* buffer, int width, int height);
 
@@ -110,6 +113,7 @@ private:
 
     QMap<qint64, GstSample*> m_mapSamples; // by presentation time in us; one reference each
     QMutex* m_pMutex;
+    QWaitCondition* m_pSampleStored; // belongs to m_pMutex; ends the worker's nap
 
     // GUI thread only.
     bool m_bInited = false;

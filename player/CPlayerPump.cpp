@@ -7,6 +7,7 @@
 #include <QDebug>
 #include <QMutexLocker>
 #include <QThread>
+#include <QWaitCondition>
 
 #include <utility>
 
@@ -14,7 +15,7 @@
 
 namespace {
 
-constexpr unsigned long kIdleNapMs = 10;
+constexpr unsigned long kIdleNapMs = 10; // at most, while the store is empty
 
 // A gap in the stream is slept through in pieces, so that quitting or seeking back does not wait
 // for its end. Frames of any usual rate are due within one piece.
@@ -77,6 +78,7 @@ void CPlayer::storeSample(GstSample* sample)
     // Asked under the lock: a frame of before a flush must not slip in behind it.
     if (m_bAcceptSamples)
         unwanted = std::exchange(m_mapSamples[key], sample);
+    m_pSampleStored->wakeOne();
     lock.unlock();
     if (unwanted)
         discard(unwanted);
@@ -119,7 +121,7 @@ void CPlayer::processNextSample()
 {
     const qint64 dueUs = firstSampleTime();
     if (dueUs == -1) {
-        QThread::msleep(kIdleNapMs);
+        napWhileEmpty();
         return;
     }
     const qint64 elapsedUs = currentTimeUs() - m_nBaseTimeUs;
@@ -131,6 +133,14 @@ void CPlayer::processNextSample()
     if (GstSample* sample = takeSample(dueUs))
         presentSample(sample);
     m_bPresenting = false;
+}
+
+// The first frame of a file is due before it comes, so it ends the nap.
+void CPlayer::napWhileEmpty()
+{
+    const QMutexLocker lock(m_pMutex);
+    if (m_mapSamples.isEmpty())
+        m_pSampleStored->wait(m_pMutex, kIdleNapMs);
 }
 
 // The buffer stays mapped until the hand-off has returned: the GPU reads it until then.
