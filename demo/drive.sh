@@ -1,13 +1,13 @@
 #!/usr/bin/env bash
-# Drives the player on the current display as a user with a keyboard would and leaves numbered
+# drive.sh drawn|own: drives the player on the current display as a user with a keyboard would, through
+# the drawn recordings or through whatever the demo device was pointed at. Leaves numbered
 # screenshots; started by demo/run.
 . "$(dirname "$0")/../cmake/setup.sh"
 . demo/session.sh
 
 shots=$demo/screenshots
 count=0
-rm -rf "$shots"
-mkdir -p "$shots"
+lists=1 # the list is filled once when it is made, and each time it is entered
 
 fail() {
     echo "$1; the player wrote:" >&2
@@ -25,6 +25,19 @@ wait_for() {
     fail "Waited in vain for '$1'"
 }
 
+wait_for_list() {
+    lists=$((lists + 1))
+    wait_for "-------ItemCount" $lists
+}
+
+# Until the first page is on the screen, which is of one colour before.
+wait_for_picture() {
+    for _ in $(seq 100); do
+        [ "$(import -window root png:- | identify -format %k -)" = 1 ] || return 0
+    done
+    fail "The screen stays empty"
+}
+
 press() {
     xdotool key --delay 150 "$@"
 }
@@ -39,38 +52,74 @@ shot() {
     echo "  ${file#"$top"/}"
 }
 
+# rows file|video: how many folders or videos the list shows.
+rows() {
+    sed -n "s/^-------$1 cout *//p" "$player_log" | tail -n 1
+}
+
+drive_drawn() {
+    shot list
+    press Return # the first row is the folder of events
+    wait_for_list
+    shot folder
+    press BackSpace
+    wait_for_list
+    press Right Right Down Return Down Return # over Exit to the first row, down, and mark two recordings
+    shot marked
+
+    press Left
+    shot play-button
+    press Return
+    wait_for "CPlayer::stop() end"
+    sleep 2
+    shot all-views
+    for view in 1 2 3 4; do
+        press $view
+        shot view-$view
+    done
+    press 0 Right Right Right Return # to the button that seeks forward
+    shot 34-seconds-on
+    press Left Left Left Return # play and pause
+    shot paused
+    sleep 10
+    shot bar-hidden
+    press Return # brings the bar back
+    press Left Return # from play over the left end to the last button, back to the list
+    wait_for_list
+    shot list-again
+    press Right Return # Exit
+}
+
+# The first recording that there is: where a folder holds folders only, in the first one of them.
+drive_own() {
+    shot list
+    while [ "$(rows video)" = 0 ] && [ "$(rows file)" != 0 ]; do
+        press Return
+        wait_for_list
+        shot folder
+    done
+    if [ "$(rows video)" != 0 ]; then
+        press $(yes Down | head -n "$(rows file)") Return
+        shot marked
+        press Left Return
+        wait_for "CPlayer::stop() end"
+        shot all-views
+        press 1
+        shot view-1
+        if ! grep -qF "slotPagePlayerToPagePlayerList()" "$player_log"; then # not at its end yet
+            press Left Return # from play over the left end to the last button, back to the list
+        fi
+        wait_for_list
+        shot list-again
+    fi
+    kill -INT "$player"
+}
+
+rm -rf "$shots"
+mkdir -p "$shots"
 start_player
-wait_for "-------ItemCount" 2 # the list is filled twice: when it is made and when it is entered
-echo "Screenshots:"
-shot list
-
-press Return # the first row is the folder of events
-wait_for "-------ItemCount" 3
-shot folder
-press BackSpace
-wait_for "-------ItemCount" 4
-press Right Right Down Return Down Return # over Exit to the first row, down, and mark two recordings
-shot marked
-
-press Left
-shot play-button
-press Return
-wait_for "CPlayer::stop() end"
-sleep 2
-shot all-views
-for view in 1 2 3 4; do
-    press $view
-    shot view-$view
-done
-press 0 Right Right Right Return # to the button that seeks forward
-shot 34-seconds-on
-press Left Left Left Return # play and pause
-shot paused
-sleep 10
-shot bar-hidden
-press Return # brings the bar back
-press Left Return # from play over the left end to the last button, back to the list
-wait_for "-------ItemCount" 5
-shot list-again
-press Right Return # Exit
+wait_for_list
+wait_for_picture
+echo "Pictures:"
+drive_"$1"
 finish_session
