@@ -1,8 +1,9 @@
 #!/bin/sh
 # build-depends.sh [PROFILE...]: prints what a build needs, one Debian package a line, from the one
 # list of it: Build-Depends of debian/control, and build-essential, which that list implies.
-# Packages of the profiles `lint` (format and tidy checks) and `arm` (cross build) are printed where
-# the profile is named; those marked <!nocheck> (what tests need) are not where nocheck is named.
+# Packages of the profiles `lint` (format and tidy checks), `arm` (cross build) and `docs` (drawings,
+# moving picture) are printed where the profile is named; those marked <!nocheck> (what tests need)
+# are not where nocheck is named.
 set -eu
 
 echo build-essential

@@ -1,11 +1,12 @@
 #!/usr/bin/env bash
-# drive.sh drawn|own: drives the player on the current display as a user with a keyboard would, through
-# the drawn recordings or through whatever the demo device was pointed at. Leaves numbered
-# screenshots; started by demo/run.
+# drive.sh drawn|own|tour: drives the player on the current display as a user with a keyboard would,
+# through the drawn recordings, through whatever the demo device was pointed at, or on a short tour
+# that is filmed. Leaves numbered screenshots, or the film; started by demo/run.
 . "$(dirname "$0")/../cmake/setup.sh"
 . demo/session.sh
 
 shots=$demo/screenshots
+film=$demo/tour.webp
 count=0
 lists=1 # the list is filled once when it is made, and each time it is entered
 
@@ -64,7 +65,7 @@ drive_drawn() {
     shot folder
     press BackSpace
     wait_for_list
-    press Right Right Down Return Down Return # over Exit to the first row, down, and mark two recordings
+    press Right Right Down Return Down Return # over Exit to the first row, down, and mark two
     shot marked
 
     press Left
@@ -113,6 +114,33 @@ drive_own() {
         shot list-again
     fi
     kill -INT "$player"
+}
+
+drive_tour() {
+    ffmpeg -nostdin -loglevel error -y -f x11grab -framerate 10 -video_size 1280x720 -i "$DISPLAY" \
+        -codec:v libx264 -preset ultrafast -qp 0 "$demo/tour.mkv" &
+    local camera=$!
+    sleep 2
+    for key in Down Return Down Return Left Return; do
+        press $key
+        sleep 0.5
+    done
+    wait_for "CPlayer::stop() end"
+    sleep 3
+    for view in 1 4 0; do
+        press $view
+        sleep 2
+    done
+    press Left Return
+    wait_for_list
+    sleep 2
+    kill -INT $camera
+    wait $camera || true # 255, as it was interrupted
+    press Right Return
+    ffmpeg -nostdin -loglevel error -y -i "$demo/tour.mkv" -vf scale=720:-1:flags=lanczos \
+        -codec:v libwebp_anim -quality 60 -loop 0 "$film"
+    rm "$demo/tour.mkv"
+    echo "  ${film#"$top"/}, $(stat -c %s "$film") bytes"
 }
 
 rm -rf "$shots"
