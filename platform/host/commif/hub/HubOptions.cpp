@@ -6,7 +6,8 @@
 
 void printHubHelp()
 {
-    std::printf("Usage: quadplayer-hub [--socket PATH] [--no-prompt] [MESSAGE]...\n"
+    std::printf("quadplayer-hub " QP_VERSION "\n"
+                "Usage: quadplayer-hub [--socket PATH] [--no-prompt] [MESSAGE]...\n"
                 "Plays the other side of the player's link: prints each message that the player\n"
                 "sends and sends it messages. Ends at the end of its input, on SIGINT or SIGTERM.\n"
                 "\n"
