@@ -1,19 +1,19 @@
 #!/bin/sh
-# link-check.sh DIR CC TOOLCHAIN: builds the program for the device in DIR, against empty libraries,
-# and compares what it asks of the device's closed interfaces with what it may ask.
+# link-check.sh DIR LIBRARIES CC TOOLCHAIN: builds the program for the device in DIR, against the
+# stand-ins that have the names of its closed libraries, and compares what it asks of them with what
+# it may ask.
 set -eu
 
 dir=$1
-cc=$2
-toolchain=$3
+libraries=$2
+cc=$3
+toolchain=$4
 here=$(dirname "$(realpath "$0")")
-stubs=$dir/stubs
 
-"$here/make-stubs.sh" "$stubs" "$cc"
 cmake -S "$here/../.." -B "$dir/build" -G Ninja -DCMAKE_TOOLCHAIN_FILE="$toolchain" \
     -DPLATFORM=device -DBUILD_TESTING=OFF -DQP_WERROR=ON \
-    -DGSTFSL_LIBRARY="$stubs/libgstfsl.so" -DGLESV2_LIBRARY="$stubs/libGLESv2.so" \
-    -DCOMMIF_LIBRARY="$stubs/libcommif.so"
+    -DGSTFSL_LIBRARY="$libraries/libgstfsl.so" -DGLESV2_LIBRARY="$libraries/libGLESv2.so" \
+    -DCOMMIF_LIBRARY="$libraries/libcommif.so"
 cmake --build "$dir/build" --target quadplayer
 
 "${cc%gcc}nm" -D --undefined-only "$dir/build/quadplayer" | awk '{print $2}' |
