@@ -11,6 +11,7 @@
 namespace {
 
 constexpr int kBacklog = 8;
+constexpr mode_t kOwnerAndGroup = 0660; // of a shared folder; a private one keeps the group out
 
 FileDescriptor makeSocket()
 {
@@ -75,7 +76,7 @@ FileDescriptor listenAt(const std::string& path)
     removeStale(path);
     FileDescriptor socket = makeSocket();
     if (bind(socket.get(), generic(address), sizeof address) != 0 ||
-        listen(socket.get(), kBacklog) != 0)
+        chmod(path.c_str(), kOwnerAndGroup) != 0 || listen(socket.get(), kBacklog) != 0)
         return FileDescriptor();
     return socket;
 }
