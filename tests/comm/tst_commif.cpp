@@ -67,7 +67,7 @@ private slots:
         Receiver receiver;
         QVERIFY(receiver.open());
         QVERIFY(hub.waitFor("player connected"));
-        hub.type("flood 10");
+        hub.type("flood 010");
         QVERIFY(hub.waitFor("sent 10 of 10"));
         QTRY_COMPARE_WITH_TIMEOUT(receiver.packets.load(), 1, kLimitMs);
         hub.signal(SIGSTOP);

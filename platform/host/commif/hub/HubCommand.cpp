@@ -2,16 +2,15 @@
 
 #include "platform/host/commif/hub/PacketText.h"
 
-#include <cerrno>
-#include <cstdlib>
-#include <limits>
+#include <charconv>
 
 const char* const kHubCommandHelp =
     "  exit-request [MASK]   ask the player to exit: type 2, tag 3, value MASK (default 8)\n"
     "  raw [HEX]...          send these bytes as one packet, whatever they are\n"
     "  flood N [MASK]        send N exit requests as fast as the player takes them\n"
     "  help                  print this list\n"
-    "  quit                  end the hub\n";
+    "  quit                  end the hub\n"
+    "N and MASK are decimal, or hexadecimal with 0x before them.\n";
 
 namespace {
 
@@ -30,13 +29,14 @@ std::string takeWord(std::string& line)
 // Decimal, or hexadecimal with 0x before it.
 std::optional<uint32_t> toNumber(const std::string& word)
 {
-    char* end = nullptr;
-    errno = 0;
-    const unsigned long long value = std::strtoull(word.c_str(), &end, 0);
-    if (word.empty() || word[0] == '-' || *end || errno != 0 ||
-        value > std::numeric_limits<uint32_t>::max())
+    const bool hex = word.compare(0, 2, "0x") == 0;
+    const char* end = word.data() + word.size();
+    uint32_t value = 0;
+    const auto [stop, error] =
+        std::from_chars(word.data() + (hex ? 2 : 0), end, value, hex ? 16 : 10);
+    if (error != std::errc() || stop != end)
         return std::nullopt;
-    return static_cast<uint32_t>(value);
+    return value;
 }
 
 std::optional<HubCommand> sendRequest(const std::string& count, const std::string& mask)
