@@ -1,10 +1,13 @@
 // The stand-in of the communication library against the real hub.
+#include "platform/host/commif/PacketSocket.h"
 #include "platform/libcommif.h"
 #include "tests/comm/HubProcess.h"
 #include "tests/comm/PacketBuilder.h"
 
 #include <QSemaphore>
 #include <QtTest>
+
+#include <sys/socket.h>
 
 #include <atomic>
 #include <csignal>
@@ -87,6 +90,30 @@ private slots:
         QCOMPARE(receiver.packets.load(), 1);
         QVERIFY(hub.waitFor("player left"));
         QCOMPARE(hub.output().count("received type=1\n"), 1);
+    }
+
+    // Over and over, each over the file of one that crashed: whoever listens is the one reached.
+    void manyListenAtOnce()
+    {
+        const QTemporaryDir folder;
+        const std::string path = folder.filePath("socket").toStdString();
+        std::atomic<int> reached{0};
+        std::atomic<int> lost{0};
+        const auto compete = [&] {
+            for (int i = 0; i < 2500; ++i) {
+                const FileDescriptor listener = listenAt(path);
+                const FileDescriptor caller = connectTo(path);
+                const int heard = accept(listener.get(), nullptr, nullptr);
+                if (listener.isValid())
+                    ++(FileDescriptor(heard).isValid() ? reached : lost);
+            }
+        };
+        std::thread others[] = {std::thread(compete), std::thread(compete), std::thread(compete)};
+        compete();
+        for (std::thread& other : others)
+            other.join();
+        QVERIFY(reached > 0);
+        QCOMPARE(lost.load(), 0);
     }
 
 private:

@@ -1,6 +1,8 @@
 #include "platform/host/commif/PacketSocket.h"
 
+#include <fcntl.h>
 #include <poll.h>
+#include <sys/file.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -41,6 +43,18 @@ bool isSocketFile(const std::string& path)
     return lstat(path.c_str(), &info) == 0 && S_ISSOCK(info.st_mode);
 }
 
+// Held while a socket file is looked at, removed and made anew: between bind() and listen() a live
+// one refuses as a dead one does. The folder itself is locked, so nothing is left behind; the lock
+// goes with the descriptor, in a crash as well.
+FileDescriptor lockFolderOf(const std::string& path)
+{
+    const std::string folder = path.substr(0, path.rfind('/') + 1) + '.';
+    FileDescriptor lock(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (lock.isValid() && flock(lock.get(), LOCK_EX) != 0)
+        lock.reset();
+    return lock;
+}
+
 // Only a refusal proves that nobody listens: a full backlog, for one, does not.
 void removeStale(const std::string& path)
 {
@@ -72,6 +86,9 @@ FileDescriptor listenAt(const std::string& path)
 {
     sockaddr_un address;
     if (!makeAddress(path, address))
+        return FileDescriptor();
+    const FileDescriptor lock = lockFolderOf(path);
+    if (!lock.isValid())
         return FileDescriptor();
     removeStale(path);
     FileDescriptor socket = makeSocket();

@@ -20,8 +20,10 @@ enum class Received {
 
 FileDescriptor connectTo(const std::string& path);
 
-// Takes the place of a socket file that a crash left behind, never that of a program that answers.
-// Invalid with errno set on failure; EADDRINUSE when someone answers or the file is no socket.
+// Takes the place of a socket file that a crash left behind, never that of a program that answers,
+// however many try at once. Invalid with errno set on failure; EADDRINUSE when someone answers or
+// the file is no socket. The file is to be removed while the listener is still open: afterwards it
+// may be the next one's.
 FileDescriptor listenAt(const std::string& path);
 
 // 0, or the errno of the failure; EAGAIN when the other side does not read.

@@ -29,16 +29,17 @@ int runHub(const HubOptions& options)
         std::fputs("no private folder for the socket; set XDG_RUNTIME_DIR or --socket\n", stderr);
         return EXIT_FAILURE;
     }
-    FileDescriptor stop = catchStopSignals();
     FileDescriptor listener = listenAt(options.socketPath);
     if (!listener.isValid()) {
         std::fprintf(stderr, "cannot listen at '%s': %s\n", options.socketPath.c_str(),
                      std::strerror(errno)); // NOLINT(concurrency-mt-unsafe)
         return EXIT_FAILURE;
     }
+    FileDescriptor stop = catchStopSignals(); // not before: listenAt() may have to wait
     std::printf("listening at %s\n", options.socketPath.c_str());
-    Hub(std::move(listener), std::move(stop), options).run();
-    unlink(options.socketPath.c_str());
+    Hub hub(std::move(listener), std::move(stop), options);
+    hub.run();
+    unlink(options.socketPath.c_str()); // the hub still listens
     return EXIT_SUCCESS;
 }
 
