@@ -92,6 +92,20 @@ private slots:
         QCOMPARE(hub.output().count("received type=1\n"), 1);
     }
 
+    // Clearing the longest one's place for each would cost more than the rest of its way.
+    void packetTakesItsOwnLength()
+    {
+        int ends[2];
+        QCOMPARE(socketpair(AF_UNIX, SOCK_SEQPACKET, 0, ends), 0);
+        const FileDescriptor from(ends[0]);
+        const FileDescriptor to(ends[1]);
+        QCOMPARE(sendPacket(from, "short", 5), 0);
+        PacketBytes packet;
+        QVERIFY(receivePacket(to, packet) == Received::Packet);
+        QCOMPARE(packet.size(), size_t(5));
+        QVERIFY(packet.capacity() < kMaxPacketBytes);
+    }
+
     // Over and over, each over the file of one that crashed: whoever listens is the one reached.
     void manyListenAtOnce()
     {

@@ -109,17 +109,16 @@ Received receivePacket(const FileDescriptor& socket, PacketBytes& packet)
     pollfd state = {socket.get(), POLLIN | POLLRDHUP, 0};
     if (poll(&state, 1, 0) <= 0)
         return Received::Nothing;
-    packet.resize(kMaxPacketBytes);
-    const ssize_t length =
-        recv(socket.get(), packet.data(), packet.size(), MSG_DONTWAIT | MSG_TRUNC);
+    unsigned char bytes[kMaxPacketBytes]; // not cleared, as nearly all packets are short
+    const ssize_t length = recv(socket.get(), bytes, sizeof bytes, MSG_DONTWAIT | MSG_TRUNC);
     if (length < 0)
         return mayGoOn(errno) ? Received::Nothing : Received::End;
     // An empty packet and the end both read as 0; only the end comes with a hang-up.
     if (length == 0 && (state.revents & (POLLHUP | POLLRDHUP)) != 0)
         return Received::End;
-    if (static_cast<size_t>(length) > packet.size())
+    if (static_cast<size_t>(length) > sizeof bytes)
         return Received::Nothing;
-    packet.resize(static_cast<size_t>(length));
+    packet.assign(bytes, bytes + length);
     return Received::Packet;
 }
 
