@@ -1,10 +1,13 @@
 #include "app/SignalHandler.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
+#include <charconv>
 #include <csignal>
 #include <cstdio>
 #include <cstring>
+#include <string_view>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -20,28 +23,17 @@ void writeAll(int descriptor, const char* data, size_t size)
     static_cast<void>(written);
 }
 
-// Digits of a small positive number, without printf, which a signal handler must not call.
-size_t appendNumber(char* end, int number)
-{
-    size_t digits = 1;
-    for (int rest = number / 10; rest > 0; rest /= 10)
-        ++digits;
-    for (size_t i = digits; i > 0; --i, number /= 10)
-        end[i - 1] = static_cast<char>('0' + number % 10);
-    return digits;
-}
-
+// In one write, and without printf, which a signal handler must not call.
 void printSignal(int signo)
 {
-    constexpr char kStart[] = "catch a signal no=";
-    constexpr char kEnd[] = ".\n";
+    constexpr std::string_view kStart = "catch a signal no=";
+    constexpr std::string_view kEnd = ".\n";
     constexpr size_t kDigits = 12;
-    std::array<char, sizeof kStart + kDigits + sizeof kEnd> line = {};
-    size_t length = sizeof kStart - 1;
-    std::memcpy(line.data(), kStart, length);
-    length += appendNumber(line.data() + length, signo);
-    std::memcpy(line.data() + length, kEnd, sizeof kEnd - 1);
-    writeAll(STDOUT_FILENO, line.data(), length + sizeof kEnd - 1);
+    char line[kStart.size() + kDigits + kEnd.size()];
+    char* at = std::copy(kStart.begin(), kStart.end(), line);
+    at = std::to_chars(at, at + kDigits, signo).ptr;
+    at = std::copy(kEnd.begin(), kEnd.end(), at);
+    writeAll(STDOUT_FILENO, line, static_cast<size_t>(at - line));
 }
 
 // How the calling thread treats SIGINT; threads that it starts inherit it.
