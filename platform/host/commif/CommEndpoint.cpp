@@ -12,7 +12,6 @@
 namespace {
 
 constexpr int kReconnectMs = 1000;
-constexpr int kNoLimit = -1;
 
 thread_local bool t_bDelivering = false;
 
@@ -82,18 +81,22 @@ CommError CommEndpoint::start()
 {
     m_wake = FileDescriptor(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK));
     m_bStop = false;
-    try {
-        const AllSignalsBlocked blocked;
-        if (m_wake.isValid())
-            m_thread = std::thread(&CommEndpoint::run, this);
-    } catch (const std::system_error&) {
-        m_wake.reset();
-    }
-    if (m_wake.isValid())
+    if (m_wake.isValid() && startThread())
         return CommError::None;
     m_bStop = true;
     replaceSocket(FileDescriptor());
     return CommError::NoThread;
+}
+
+bool CommEndpoint::startThread()
+{
+    const AllSignalsBlocked blocked;
+    try {
+        m_thread = std::thread(&CommEndpoint::run, this);
+        return true;
+    } catch (const std::system_error&) {
+        return false;
+    }
 }
 
 void CommEndpoint::close()
@@ -151,7 +154,8 @@ void CommEndpoint::run()
 
 void CommEndpoint::reconnect()
 {
-    waitFor(-1, 0, m_wake.get(), kReconnectMs);
+    pollfd wake = {m_wake.get(), POLLIN, 0};
+    poll(&wake, 1, kReconnectMs);
     if (!m_bStop)
         replaceSocket(connectTo(m_strPath));
 }
@@ -165,7 +169,7 @@ void CommEndpoint::serve()
             deliver(packet);
             break;
         case Received::Nothing:
-            waitFor(m_socket.get(), POLLIN | POLLRDHUP, m_wake.get(), kNoLimit);
+            waitUntilReadable(m_socket, m_wake);
             break;
         case Received::End:
             replaceSocket(FileDescriptor());

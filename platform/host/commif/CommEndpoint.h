@@ -31,6 +31,7 @@ public:
 
 private:
     CommError start();
+    bool startThread();
     void requestStop();
     void join(); // called with m_lifecycle held
     void run();  // the delivery thread, as the functions below

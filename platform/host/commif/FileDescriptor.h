@@ -13,7 +13,7 @@ public:
     FileDescriptor(FileDescriptor&& other) noexcept : m_nFd(std::exchange(other.m_nFd, -1)) {}
     FileDescriptor& operator=(FileDescriptor&& other) noexcept
     {
-        std::swap(m_nFd, other.m_nFd);
+        reset(std::exchange(other.m_nFd, -1));
         return *this;
     }
     FileDescriptor(const FileDescriptor&) = delete;
@@ -21,10 +21,11 @@ public:
 
     int get() const { return m_nFd; }
     bool isValid() const { return m_nFd >= 0; }
-    void reset()
+    void reset(int fd = -1)
     {
-        if (m_nFd >= 0)
-            ::close(std::exchange(m_nFd, -1));
+        const int old = std::exchange(m_nFd, fd);
+        if (old >= 0)
+            ::close(old);
     }
 
 private:

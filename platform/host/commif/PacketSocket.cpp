@@ -14,6 +14,7 @@ namespace {
 
 constexpr int kBacklog = 8;
 constexpr mode_t kOwnerAndGroup = 0660; // of a shared folder; a private one keeps the group out
+constexpr int kNoLimit = -1;
 
 FileDescriptor makeSocket()
 {
@@ -122,8 +123,14 @@ Received receivePacket(const FileDescriptor& socket, PacketBytes& packet)
     return Received::Packet;
 }
 
-short waitFor(int fd, short events, int wakeFd, int timeoutMs)
+void waitUntilReadable(const FileDescriptor& socket, const FileDescriptor& wake)
 {
-    pollfd both[] = {{wakeFd, POLLIN, 0}, {fd, events, 0}};
-    return poll(both, 2, timeoutMs) > 0 ? both[1].revents : short(0);
+    pollfd both[] = {{socket.get(), POLLIN | POLLRDHUP, 0}, {wake.get(), POLLIN, 0}};
+    poll(both, 2, kNoLimit);
+}
+
+bool waitUntilWritable(const FileDescriptor& socket, const FileDescriptor& wake, int limitMs)
+{
+    pollfd both[] = {{socket.get(), POLLOUT, 0}, {wake.get(), POLLIN, 0}};
+    return poll(both, 2, limitMs) > 0 && both[0].revents != 0;
 }

@@ -32,6 +32,9 @@ int sendPacket(const FileDescriptor& socket, const void* data, size_t length);
 // Packets longer than kMaxPacketBytes are dropped.
 Received receivePacket(const FileDescriptor& socket, PacketBytes& packet);
 
-// Waits until `fd` shows one of `events` or has failed, or `wakeFd` is readable; what `fd` shows.
-// Negative time: without a limit.
-short waitFor(int fd, short events, int wakeFd, int timeoutMs);
+// Waits until the socket can be read or has failed, or `wake` is readable.
+void waitUntilReadable(const FileDescriptor& socket, const FileDescriptor& wake);
+
+// True when the socket can be written or has failed; false after that time, or with `wake` readable
+// before.
+bool waitUntilWritable(const FileDescriptor& socket, const FileDescriptor& wake, int limitMs);

@@ -141,7 +141,7 @@ bool Hub::sendOne(const FileDescriptor& player, const PacketBytes& packet)
         const int error = sendPacket(player, packet.data(), packet.size());
         if (error == 0)
             return true;
-        if (error != EAGAIN || waitFor(player.get(), POLLOUT, m_stop.get(), kPlayerReadsMs) == 0)
+        if (error != EAGAIN || !waitUntilWritable(player, m_stop, kPlayerReadsMs))
             return false;
     }
 }
