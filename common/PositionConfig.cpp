@@ -53,10 +53,13 @@ void readLine(const QString& line)
 void readPositionConfig()
 {
     QFile file(QString::fromLocal8Bit(DevicePaths::kPositionConfig));
-    if (!file.open(QIODevice::ReadOnly | QIODevice::Text))
-        return;
-    QTextStream stream(&file);
+    if (file.open(QIODevice::ReadOnly | QIODevice::Text))
+        readPositionConfig(file);
+}
+
+void readPositionConfig(QIODevice& text)
+{
+    QTextStream stream(&text);
     while (!stream.atEnd())
         readLine(stream.readLine().simplified());
-    file.close();
 }
