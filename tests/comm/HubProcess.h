@@ -5,6 +5,8 @@
 #include <QTemporaryDir>
 #include <QtTest>
 
+#include <sys/wait.h>
+
 #include <csignal>
 
 constexpr int kLimitMs = QP_LIMIT_MS;
@@ -34,6 +36,11 @@ public:
 
     void type(const QByteArray& line) { m_process.write(line + '\n'); }
     void signal(int number) { ::kill(static_cast<pid_t>(m_process.processId()), number); }
+    void stop() // until SIGCONT it does nothing at all
+    {
+        signal(SIGSTOP);
+        waitid(P_PID, static_cast<id_t>(m_process.processId()), nullptr, WSTOPPED);
+    }
     int end(int number) // SIGKILL as a crash does: the socket's file stays
     {
         if (m_process.state() == QProcess::Running)

@@ -78,7 +78,8 @@ class tst_inner_communication : public QObject
 private slots:
     void init() { m_lines = std::make_unique<DebugLines>(); }
     void cleanup() { m_lines.reset(); }
-    // the first: a process reports five failures
+    // The first, as a process reports five failures. Until the link is up there is nothing to send
+    // and nothing to close.
     void lateHub()
     {
         Link link;
@@ -89,27 +90,18 @@ private slots:
         link.comm.initInnerComm();
         QVERIFY(!link.comm.isInited());
         QTRY_VERIFY_WITH_TIMEOUT(retries.count() >= 6, kLimitMs);
+        link.comm.slotAppSwitch();
+        link.comm.exitInnerComm();
+        QCOMPARE(KvrComm_GetInnerErrorCode(), 1U);
         QCOMPARE(DebugLines::take(), (Lines{kFailure, kFailure, kFailure, kFailure, kFailure}));
 
         HubProcess hub;
         QTRY_VERIFY_WITH_TIMEOUT(link.comm.isInited(), kLimitMs);
         QVERIFY(!link.timer()->isActive());
         QCOMPARE(DebugLines::take(), Lines{kSuccess});
-    }
-
-    void neverSetUp()
-    {
-        {
-            Link link;
-            link.timer()->setInterval(3600 * 1000);
-            link.comm.initInnerComm();
-            QVERIFY(link.timer()->isActive());
-            HubProcess hub;
-            link.comm.slotAppSwitch();
-            link.comm.exitInnerComm();
-            QCOMPARE(hub.end(SIGTERM), 0);
-            QVERIFY(!hub.output().contains("player connected"));
-        }
+        link.comm.initInnerComm(); // the library refuses; the five are used up
+        KvrComm_Exit();
+        QVERIFY(!link.comm.isInited());
         QCOMPARE(DebugLines::take(), Lines());
     }
 
@@ -120,15 +112,15 @@ private slots:
         row("exit request", packet(2, item(1, u32(8)) + request), 1, false);
         row("mask without the exit bit", packet(2, item(3, u32(7))), 0, false);
         row("all bits set", packet(2, item(3, u32(0xFFFFFFFF))), 1, false);
-        row("short value before a request", packet(2, item(3, u16(8)) + request), 0, false);
-        row("short value after a request", packet(2, request + item(3, u16(8)) + request), 1,
+        row("short value between requests", packet(2, request + item(3, u16(8)) + request), 1,
             false);
         row("two requests", packet(2, request + request), 2, false);
-        row("request at an odd address", packet(2, item(9, "x") + request), 1, false);
+        row("request at an odd address, and a rest", packet(2, item(9, "x") + request + "y"), 1,
+            false);
         row("type 1", packet(1, request), 0, false);
         row("cut inside the value", packet(2, request).chopped(2), 0, true);
+        row("value longer than its packet", packet(2, request.chopped(2)), 0, false);
         row("empty", QByteArray(), 0, true);
-        row("garbage", QByteArray(500, '\xFF'), 0, true);
         const QByteArray filler = item(9, QByteArray(65535 - 4 - request.size(), 'x'));
         row("as long as packets can be", packet(2, filler + request), 1, false);
         row("longer: dropped", packet(2, filler + request) + "x", 0, false);
@@ -152,58 +144,21 @@ private slots:
         QCOMPARE(std::count(lines.begin(), lines.end(), kHeadError), headError ? 1 : 0);
     }
 
+    // The hub sees the player, its message and its own end all at once.
     void appSwitch()
     {
         HubProcess hub;
+        hub.stop();
         {
             Link link;
             link.comm.initInnerComm();
             link.comm.slotAppSwitch();
         }
         QCOMPARE(DebugLines::take(), (Lines{kSuccess, kClosed}));
-        QVERIFY(hub.waitFor("player left"));
+        hub.signal(SIGTERM);
+        QCOMPARE(hub.end(SIGCONT), 0);
         QCOMPARE(hub.output().count(kAppSwitch), 1);
         QCOMPARE(hub.output().count("received"), 1);
-    }
-
-    // The link stays up in the eyes of its owner: a message is lost while the hub is away, and gets
-    // through once it is back, over the socket's file of its crash.
-    void hubGoneAndBack()
-    {
-        Link link;
-        {
-            HubProcess hub;
-            link.comm.initInnerComm();
-            QVERIFY(KvrComm_IsReady() != 0);
-            hub.end(SIGKILL);
-        }
-        QCOMPARE(KvrComm_IsReady(), 0);
-        link.comm.slotAppSwitch();
-        QVERIFY(link.comm.isInited());
-        QVERIFY(!link.timer()->isActive());
-        HubProcess hub({"exit-request"});
-        QVERIFY(link.hasRequests(1));
-        QVERIFY(KvrComm_IsReady() != 0);
-        link.comm.slotAppSwitch();
-        QVERIFY(hub.waitFor(kAppSwitch));
-        QCOMPARE(hub.output().count("received"), 1);
-        QCOMPARE(DebugLines::take(), Lines{kSuccess});
-    }
-
-    void exitDuringFlood()
-    {
-        for (int round = 0; round < 10; ++round) {
-            HubProcess hub({"flood 10000"});
-            Link link;
-            link.comm.initInnerComm();
-            QVERIFY(link.hasRequests(1));
-            link.comm.slotAppSwitch();
-            link.comm.exitInnerComm();
-            const int delivered = link.requests;
-            QVERIFY(hub.waitFor("player left"));
-            QCOMPARE(link.requests.load(), delivered);
-            QCOMPARE(hub.output().count(kAppSwitch), 1);
-        }
     }
 
 private:
