@@ -10,6 +10,13 @@
 
 namespace {
 
+void write(const QByteArray& text)
+{
+    QFile file(DevicePaths::kPositionConfig);
+    QVERIFY(QDir().mkpath(QFileInfo(file).path()) && file.open(QIODevice::WriteOnly));
+    file.write(text);
+}
+
 QString readInsets()
 {
     QStringList values;
@@ -35,6 +42,13 @@ private slots:
 
     void missingFile() { QCOMPARE(readInsets(), QString("0 0 0 0 0 0 0 0")); }
 
+    void printsWhatItStores()
+    {
+        write("EGL_PADDING=5,6,7,8");
+        QTest::ignoreMessage(QtDebugMsg, "++ Margin: L T R B = 5   6   7   8");
+        readPositionConfig();
+    }
+
     void lines_data()
     {
         columns<QString, QString>({"text", "expected"});
@@ -42,7 +56,7 @@ private slots:
             "1 2 3 4 5 6 7 8");
         row("three fields", "EGL_MARGIN=1,2,3\n", "0 0 0 0 0 0 0 0");
         row("a trailing comma is a fifth field", "EGL_MARGIN=1,2,3,4,\n", "0 0 0 0 0 0 0 0");
-        row("empty field and no number", "EGL_MARGIN=1,,x,4\n", "1 0 0 4 0 0 0 0");
+        row("empty, no number, decimal", "EGL_MARGIN=1=1,,0x1,010\n", "0 0 0 10 0 0 0 0");
         row("keys are case-sensitive", "egl_margin=1,2,3,4\n", "0 0 0 0 0 0 0 0");
         row("blanks", " \t EGL_PADDING  =  4 , 5,\t6 ,7  \n", "0 0 0 0 4 5 6 7");
         row("the last good line wins",
@@ -52,10 +66,7 @@ private slots:
     void lines()
     {
         QFETCH(QString, text);
-        QFile file(DevicePaths::kPositionConfig);
-        QVERIFY(QDir().mkpath(QFileInfo(file).path()) && file.open(QIODevice::WriteOnly));
-        file.write(text.toLatin1());
-        file.close();
+        write(text.toLatin1());
         QTEST(readInsets(), "expected");
     }
 };
