@@ -1,10 +1,11 @@
 // Measurements of the whole player, in its own process and with its own window:
 //   bench_player road FOLDER        plays every file of the folder from the list to its end
-//   bench_player pace FILE          how late frames are handed on, and what it costs
+//   bench_player pace FILE          how late the engine hands frames on and the surface shows them;
+//                                   a line for each frame: due, handed on, shown, in ms
 //   bench_player memory FILE        resident memory every ten seconds, and the peak
 //   bench_player stop FILE          how long stop, Back and the exit take while all frames are out
 //   bench_player cycles FILE COUNT  Play and Back, again and again: what grows
-// Needs a display and a build with a DEVICE_ROOT.
+// Needs a display and a build with a DEVICE_ROOT. bench/compare sets it beside other programs.
 #include "app/CPageMain.h"
 #include "app/DisplaySettings.h"
 #include "app/HeapSettings.h"
@@ -13,6 +14,7 @@
 #include "pages/player/CPagePlayerControl.h"
 #include "platform/host/FramePool.h"
 #include "platform/host/HostCounters.h"
+#include "platform/phymem.h"
 #include "player/CPlayer.h"
 #include "player/EngineClock.h"
 #include "render/CGLWndPlayer.h"
@@ -23,6 +25,7 @@
 #include <QEventLoop>
 #include <QFileInfo>
 #include <QListWidget>
+#include <QMutex>
 #include <QPushButton>
 #include <QScreen>
 #include <QTemporaryDir>
@@ -31,19 +34,25 @@
 #include <algorithm>
 #include <cstdio>
 #include <functional>
+#include <map>
 #include <memory>
 #include <vector>
 
-#include <sys/resource.h>
+#include <gst/app/gstappsink.h>
 
 namespace {
 
+// Sleeps between the events. The timer sees to it that there are some; processEvents() with a limit
+// would spin.
 bool waitFor(const std::function<bool()>& condition, int limitMs)
 {
+    constexpr int kTickMs = 10;
     QElapsedTimer clock;
     clock.start();
+    QTimer ticks;
+    ticks.start(kTickMs);
     while (!condition() && clock.elapsed() < limitMs)
-        QApplication::processEvents(QEventLoop::WaitForMoreEvents | QEventLoop::AllEvents, 5);
+        QApplication::processEvents(QEventLoop::WaitForMoreEvents);
     return condition();
 }
 
@@ -65,14 +74,6 @@ double megabytes(const char* field)
 int entries(const char* folder)
 {
     return QDir(folder).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::System).size();
-}
-
-double cpuSeconds()
-{
-    rusage usage = {};
-    getrusage(RUSAGE_SELF, &usage);
-    const auto seconds = [](const timeval& time) { return time.tv_sec + time.tv_usec / 1e6; };
-    return seconds(usage.ru_utime) + seconds(usage.ru_stime);
 }
 
 // The player on a device whose only recordings are these files.
@@ -134,24 +135,102 @@ void road(const QString& folder)
     }
 }
 
-struct Pace
+// When frames are due: their presentation times, noted on their way into the engine's sink under
+// the physical address by which the engine hands them on.
+class DueTimes
 {
-    CGLWndPlayer* surface;
-    qint64 start = 0;
-    std::vector<qint64> arrivals;
+public:
+    // Before the pipeline is set up: no sink of this process passes unseen.
+    DueTimes()
+    {
+        gst_init(nullptr, nullptr);
+        g_type_class_ref(GST_TYPE_BIN);
+        g_signal_add_emission_hook(g_signal_lookup("element-added", GST_TYPE_BIN), 0, elementAdded,
+                                   this, nullptr);
+    }
+    qint64 of(unsigned long phys) // us
+    {
+        const QMutexLocker lock(&m_mutex);
+        return m_mapDue[phys];
+    }
 
+private:
+    static gboolean elementAdded(GSignalInvocationHint*, guint, const GValue* values, gpointer self)
+    {
+        auto* element = static_cast<GstElement*>(g_value_get_object(&values[1]));
+        if (!GST_IS_APP_SINK(element))
+            return TRUE;
+        GstPad* pad = gst_element_get_static_pad(element, "sink");
+        gst_pad_add_probe(pad, GST_PAD_PROBE_TYPE_BUFFER, arrived, self, nullptr);
+        gst_object_unref(pad);
+        return TRUE;
+    }
+    static GstPadProbeReturn arrived(GstPad*, GstPadProbeInfo* info, gpointer self)
+    {
+        auto* due = static_cast<DueTimes*>(self);
+        GstBuffer* buffer = GST_PAD_PROBE_INFO_BUFFER(info);
+        const QMutexLocker lock(&due->m_mutex);
+        due->m_mapDue[gst_buffer_query_phymem_block(buffer)->paddr] = GST_BUFFER_PTS(buffer) / 1000;
+        return GST_PAD_PROBE_OK;
+    }
+
+    QMutex m_mutex;
+    std::map<unsigned long, qint64> m_mapDue;
+};
+
+// Stands between engine and surface and notes each frame's times, in us since the start.
+class Pace
+{
+public:
+    explicit Pace(CGLWndPlayer* surface) : m_surface(surface)
+    {
+        QObject::connect(surface, &QOpenGLWidget::frameSwapped, [this] {
+            m_shown.resize(hostCounters().uploads, currentTimeUs() - start);
+        });
+    }
     static int receive(int format, unsigned long phys, unsigned char* virt, int width, int height,
                        void* user)
     {
         auto* pace = static_cast<Pace*>(user);
-        pace->arrivals.push_back(currentTimeUs() - pace->start);
-        return CGLWndPlayer::OnVideoData(format, phys, virt, width, height, pace->surface);
+        pace->m_due.push_back(pace->m_dueTimes.of(phys));
+        pace->m_handedOn.push_back(currentTimeUs() - pace->start);
+        return CGLWndPlayer::OnVideoData(format, phys, virt, width, height, pace->m_surface);
     }
+    void print() const; // when the engine is gone
+
+    qint64 start = 0;
+
+private:
+    static constexpr qint64 kLateUs = 5000;
+
+    CGLWndPlayer* m_surface;
+    DueTimes m_dueTimes;
+    std::vector<qint64> m_due; // worker, as the next one
+    std::vector<qint64> m_handedOn;
+    std::vector<qint64> m_shown; // GUI thread: when the window's picture with the frame went out
 };
 
-// For a file of constant rate that starts at 0 (no B-frames): frame i is due i steps after the
-// start.
-void pace(const QString& file, double rate)
+void Pace::print() const
+{
+    std::vector<qint64> late;
+    for (size_t i = 0; i < m_shown.size(); ++i) {
+        std::printf("frame %.2f %.2f %.2f\n", m_due[i] / 1e3, m_handedOn[i] / 1e3,
+                    m_shown[i] / 1e3);
+        late.push_back(m_handedOn[i] - m_due[i]);
+    }
+    if (late.empty())
+        return;
+    std::sort(late.begin(), late.end());
+    const auto percentile = [&](double part) {
+        return late[size_t(part * (late.size() - 1))] / 1e3;
+    };
+    const auto onTime = std::upper_bound(late.begin(), late.end(), kLateUs);
+    std::printf("decoded=%u shown=%zu first=%.1f p50=%.2f p95=%.2f max=%.2f late=%td\n",
+                hostCounters().framesExported.load(), m_shown.size(), m_handedOn[0] / 1e3,
+                percentile(0.5), percentile(0.95), percentile(1), late.end() - onTime);
+}
+
+void pace(const QString& file)
 {
     QWidget window;
     window.resize(QGuiApplication::primaryScreen()->size());
@@ -160,26 +239,16 @@ void pace(const QString& file, double rate)
     surface.m_bVideo = true;
     window.show();
     pass(300);
-    Pace pace{&surface, 0, {}};
+    Pace pace(&surface);
     bool ended = false;
     auto engine = std::make_unique<CPlayer>(Pace::receive, &pace);
     QObject::connect(engine.get(), &CPlayer::sgPlayFinished, &window, [&] { ended = true; });
     engine->initPipeline();
-    const double before = cpuSeconds();
     pace.start = currentTimeUs();
     engine->playFile(QFile::encodeName(QFileInfo(file).absoluteFilePath()));
     waitFor([&] { return ended; }, 200000);
-    const double cpu = cpuSeconds() - before;
     engine.reset();
-    std::vector<double> late;
-    for (size_t i = 0; i < pace.arrivals.size(); ++i)
-        late.push_back(pace.arrivals[i] / 1000.0 - i * 1000.0 / rate);
-    std::sort(late.begin(), late.end());
-    const auto percentile = [&](double part) { return late[size_t(part * (late.size() - 1))]; };
-    std::printf("decoded %u shown %u; late at the hand-off: p50 %.2f ms, p95 %.2f ms, p99 %.2f ms, "
-                "max %.2f ms; %.1f CPU s\n",
-                hostCounters().framesExported.load(), hostCounters().uploads.load(),
-                percentile(0.5), percentile(0.95), percentile(0.99), late.back(), cpu);
+    pace.print();
 }
 
 void memory(const QString& file)
@@ -262,7 +331,7 @@ int main(int argc, char** argv)
     QApplication app(argc, argv);
     const QStringList arguments = QApplication::arguments();
     if (arguments.size() < 3) {
-        std::fprintf(stderr, "usage: bench_player road|pace|memory|stop|cycles FILE [NUMBER]\n");
+        std::fprintf(stderr, "usage: bench_player road|pace|memory|stop|cycles FILE [COUNT]\n");
         return EXIT_FAILURE;
     }
     readScreenSize();
@@ -270,16 +339,15 @@ int main(int argc, char** argv)
     setDefaultSurfaceFormat();
     qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
     const QString command = arguments[1];
-    const int number = arguments.value(3, QStringLiteral("30")).toInt();
     if (command == "road")
         road(arguments[2]);
     else if (command == "pace")
-        pace(arguments[2], number);
+        pace(arguments[2]);
     else if (command == "memory")
         memory(arguments[2]);
     else if (command == "stop")
         stop(arguments[2]);
     else if (command == "cycles")
-        cycles(arguments[2], number);
+        cycles(arguments[2], arguments.value(3, QStringLiteral("30")).toInt());
     return EXIT_SUCCESS;
 }
