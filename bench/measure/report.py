@@ -66,7 +66,7 @@ def steps(runs):
 WIDTH, HEIGHT = 900, 170  # of a clip's panel
 LEFT, RIGHT, TOP, BOTTOM = 50, 880, 30, 150
 SECONDS = 20
-TICKS = [0, 1, 5, 20, 50, 100, 200, 500]  # ms
+TICKS = [0, 5, 20, 50, 100, 200, 500]  # ms
 COLOUR, PALE = "#1f5fbf", "#b9cdea"
 
 
