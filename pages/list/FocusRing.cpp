@@ -2,24 +2,26 @@
 
 #include "pages/list/ListKeys.h"
 
+#include <algorithm>
+
 namespace {
 
 constexpr int kMoves = 4;
 constexpr int kButtons = 3;
 constexpr int kNoRow = -1;
 
-// A move to the list goes to its first row, and to `ifNoRows` when it has none.
+// To the list's first row when `list` is set and it has one, else to the button.
 struct Target
 {
-    FocusPlace place;
-    FocusPlace ifNoRows;
+    bool list;
+    FocusPlace button;
 };
 
-constexpr Target kPlay{FocusPlace::Play, FocusPlace::Play};
-constexpr Target kBack{FocusPlace::Back, FocusPlace::Back};
-constexpr Target kExit{FocusPlace::Exit, FocusPlace::Exit};
-constexpr Target kListElsePlay{FocusPlace::List, FocusPlace::Play};
-constexpr Target kListElseExit{FocusPlace::List, FocusPlace::Exit};
+constexpr Target kPlay{false, FocusPlace::Play};
+constexpr Target kBack{false, FocusPlace::Back};
+constexpr Target kExit{false, FocusPlace::Exit};
+constexpr Target kListElsePlay{true, FocusPlace::Play};
+constexpr Target kListElseExit{true, FocusPlace::Exit};
 
 // Columns as in ListAction: down, up, right, left.
 constexpr Target kFromButton[kButtons][kMoves] = {
@@ -42,7 +44,7 @@ FocusStep fromList(int row, const ListMove& move, int rows)
     const int edge = move.step > 0 ? rows - 1 : 0;
     if (move.step == 0 || row == edge)
         return {move.leaveTo, kNoRow};
-    return {FocusPlace::List, row + move.step};
+    return {FocusPlace::List, std::max(row + move.step, kNoRow)}; // Up from no row
 }
 
 } // namespace
@@ -55,7 +57,7 @@ FocusStep nextFocus(const FocusStep& now, ListAction move, int rows)
     if (now.place == FocusPlace::List)
         return fromList(now.row, kFromList[column], rows);
     const Target& target = kFromButton[static_cast<int>(now.place)][column];
-    if (target.place == FocusPlace::List && rows > 0)
+    if (target.list && rows > 0)
         return {FocusPlace::List, 0};
-    return {target.ifNoRows, now.row};
+    return {target.button, now.row};
 }
