@@ -2,6 +2,7 @@
 #include "pages/list/CPagePlayerList.h"
 
 #include "common/CPlayerDatas.h"
+#include "pages/list/RowStyle.h"
 
 #include <QDateTime>
 #include <QLabel>
@@ -10,14 +11,9 @@
 namespace {
 
 constexpr QRgb kCurrentBackground = qRgb(255, 233, 231);
-constexpr int kCurrentFontSize = 45; // px
-constexpr int kFontSize = 38;
 
-void dress(QListWidgetItem* row, const QBrush& background, int fontSize, QFont::Weight weight)
+void dress(QListWidgetItem* row, const QBrush& background, const QFont& font)
 {
-    QFont font;
-    font.setPixelSize(fontSize);
-    font.setWeight(weight);
     row->setBackground(background);
     row->setFont(font);
 }
@@ -32,9 +28,9 @@ bool isVideoRow(const QListWidgetItem* row)
 void CPagePlayerList::currentItem(QListWidgetItem* current, QListWidgetItem* previous)
 {
     if (current && m_pListWidget->row(current) >= 0)
-        dress(current, QColor(kCurrentBackground), kCurrentFontSize, QFont::Bold);
+        dress(current, QColor(kCurrentBackground), fontOfSize(kCurrentRowFontSize, QFont::Bold));
     if (previous && m_pListWidget->row(previous) != -1)
-        dress(previous, QBrush(Qt::transparent), kFontSize, QFont::Normal);
+        dress(previous, QBrush(Qt::transparent), fontOfSize(kRowFontSize));
 }
 
 void CPagePlayerList::makeCurrent(int row)
@@ -44,7 +40,7 @@ void CPagePlayerList::makeCurrent(int row)
 
 void CPagePlayerList::slotListWidgetClicked(QListWidgetItem* item)
 {
-    m_pListWidget->setCurrentItem(item, QItemSelectionModel::NoUpdate);
+    makeCurrent(m_pListWidget->row(item));
     item->setSelected(false);
     confirmRow();
 }

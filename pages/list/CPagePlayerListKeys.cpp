@@ -64,7 +64,7 @@ void CPagePlayerList::moveFocus(ListAction move)
     const FocusStep to = nextFocus(from, move, m_pListWidget->count());
     focusNextPrevChild(move == ListAction::Down || move == ListAction::Right);
     if (from.place == FocusPlace::List && to.place != FocusPlace::List)
-        m_pListWidget->setCurrentItem(nullptr, QItemSelectionModel::NoUpdate);
+        makeCurrent(to.row);
     if (QWidget* target = widgetAt(to.place))
         target->setFocus(Qt::OtherFocusReason);
     if (to.place == FocusPlace::List)

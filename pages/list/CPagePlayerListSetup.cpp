@@ -6,6 +6,7 @@
 #include "common/noFocusStyle_1.h"
 #include "pages/list/CTouchList.h"
 #include "pages/list/ListStyleSheet.h"
+#include "pages/list/RowStyle.h"
 
 #include <QDebug>
 #include <QFile>
@@ -20,22 +21,14 @@
 namespace {
 
 constexpr QRgb kBackground = qRgb(99, 192, 249);
-constexpr int kListFontSize = 38; // px, as all lengths here
-constexpr int kClockFontSize = 25;
+constexpr int kClockFontSize = 25; // px, as all lengths here
 constexpr int kClockTickMs = 1000;
 constexpr QSize kButtonSize(105, 35);
-constexpr QSize kIconSize(25, 25);
+constexpr QSize kButtonIconSize(25, 25);
 constexpr QSize kBackIconSize(22, 22);
 constexpr int kRowIndent = 30;
 constexpr int kRowSpacing = 15;
 constexpr QMargins kMargins(40, 30, 40, 30);
-
-QFont fontOfSize(int pixels)
-{
-    QFont font;
-    font.setPixelSize(pixels);
-    return font;
-}
 
 } // namespace
 
@@ -45,7 +38,7 @@ CPagePlayerList::CPagePlayerList(QWidget* parent) : QWidget(parent)
     readSystemConfig();
     openListFile(m_strPath);
     paintBackground();
-    m_pListWidget->setFont(fontOfSize(kListFontSize));
+    m_pListWidget->setFont(fontOfSize(kRowFontSize));
     setButtonIcons();
     m_pLabelTime->setFont(fontOfSize(kClockFontSize));
     startClock();
@@ -95,11 +88,11 @@ void CPagePlayerList::paintBackground()
 void CPagePlayerList::setButtonIcons()
 {
     m_pBtnOpenVideo->setIcon(style()->standardIcon(QStyle::SP_MediaPlay));
-    m_pBtnOpenVideo->setIconSize(kIconSize);
+    m_pBtnOpenVideo->setIconSize(kButtonIconSize);
     m_pBtnBack->setIcon(style()->standardIcon(QStyle::SP_DialogOkButton));
     m_pBtnBack->setIconSize(kBackIconSize);
     m_pBtnExit->setIcon(style()->standardIcon(QStyle::SP_TitleBarCloseButton));
-    m_pBtnExit->setIconSize(kIconSize);
+    m_pBtnExit->setIconSize(kButtonIconSize);
 }
 
 void CPagePlayerList::startClock()
