@@ -1,21 +1,28 @@
 // CPagePlayerList's directory scan and its way through the directories.
 #include "pages/list/CPagePlayerList.h"
 
+#include "pages/list/RowStyle.h"
+
+#include <QCollator>
 #include <QDebug>
 #include <QDirIterator>
 #include <QListWidget>
 #include <QPushButton>
 
+#include <algorithm>
+
 namespace {
 
-constexpr QSize kIconSize(38, 38); // px
-constexpr char kDirectoryIcon[] = ":/image/openfile.png";
-constexpr char kVideoIcon[] = ":/image/videoIcon.png";
-
-QString nextName(QDirIterator& entries, const QString& path)
+// What one kind of row shows, and what its scan says.
+struct RowKind
 {
-    return entries.next().remove(path).remove(QLatin1Char('/'));
-}
+    QDir::Filters entries;
+    bool (*accepts)(const QString& name);
+    const char* nameLine; // null: the names are not told
+    const char* countLine;
+    const char* icon;
+    Qt::ItemFlags flags;
+};
 
 bool isVideo(const QString& name)
 {
@@ -29,65 +36,59 @@ bool namesDirectory(const QString& name)
     return !name.contains(QLatin1Char('.'));
 }
 
-void collectDirectories(const QString& path, QListWidget& names)
-{
-    QDirIterator entries(path, QDir::Dirs | QDir::NoDotAndDotDot);
-    while (entries.hasNext()) {
-        const QString name = nextName(entries, path);
-        if (namesDirectory(name))
-            names.addItem(name);
-    }
-}
+const RowKind kDirectories{QDir::Dirs | QDir::NoDotAndDotDot,
+                           namesDirectory,
+                           nullptr,
+                           "-------file cout",
+                           ":/image/openfile.png",
+                           Qt::ItemIsSelectable | Qt::ItemIsEnabled};
+const RowKind kVideos{QDir::Files,
+                      isVideo,
+                      "-----video listwigdetsort.item=",
+                      "-------video cout",
+                      ":/image/videoIcon.png",
+                      Qt::ItemIsSelectable | Qt::ItemIsUserCheckable | Qt::ItemIsEnabled};
 
-void collectVideos(const QString& path, QListWidget& names)
+QStringList collect(const QString& path, const RowKind& kind)
 {
-    QDirIterator entries(path, QDir::Files);
+    QStringList names;
+    QDirIterator entries(path, kind.entries);
     while (entries.hasNext()) {
-        const QString name = nextName(entries, path);
-        if (!isVideo(name))
+        const QString name = entries.next().remove(path).remove(QLatin1Char('/'));
+        if (!kind.accepts(name))
             continue;
-        qDebug() << "-----video listwigdetsort.item=" << name;
-        names.addItem(name);
+        if (kind.nameLine)
+            qDebug() << kind.nameLine << name;
+        names << name;
     }
+    return names;
 }
 
-// The scratch list takes the names in the directory's order and puts them in the list's.
-int addDirectories(const QString& path, QListWidget& scratch, QListWidget* list)
+// Complete before the list gets it, which would otherwise look at it after each change.
+QListWidgetItem* makeRow(const QString& name, const QIcon& icon, Qt::ItemFlags flags)
 {
-    collectDirectories(path, scratch);
-    scratch.sortItems(Qt::AscendingOrder);
-    const int count = scratch.count();
-    qDebug() << "-------file cout" << count;
-    const QIcon icon(kDirectoryIcon); // one for all rows: each icon keeps its scaled picture
-    for (int i = 0; i < count; ++i) {
-        auto* row = new QListWidgetItem(scratch.item(i)->text(), list);
-        row->setFlags(Qt::ItemIsSelectable | Qt::ItemIsEnabled);
-        row->setIcon(icon);
-    }
-    scratch.clear();
-    return count;
-}
-
-int addVideos(const QString& path, QListWidget& scratch, QListWidget* list)
-{
-    collectVideos(path, scratch);
-    scratch.sortItems(Qt::AscendingOrder);
-    const int count = scratch.count();
-    qDebug() << "-------video cout" << count;
-    const QIcon icon(kVideoIcon);
-    for (int i = 0; i < count; ++i) {
-        auto* row = new QListWidgetItem(scratch.item(i)->text(), list);
-        row->setFlags(Qt::ItemIsSelectable | Qt::ItemIsUserCheckable | Qt::ItemIsEnabled);
+    auto* row = new QListWidgetItem(icon, name);
+    row->setFlags(flags);
+    if (flags.testFlag(Qt::ItemIsUserCheckable))
         row->setCheckState(Qt::Unchecked);
-        row->setIcon(icon);
-    }
-    scratch.clear();
-    return count;
+    return row;
+}
+
+// In the order in which the list itself would sort its rows, that of the locale.
+int addRows(const QString& path, const RowKind& kind, QListWidget* list)
+{
+    QStringList names = collect(path, kind);
+    std::stable_sort(names.begin(), names.end(), QCollator());
+    qDebug() << kind.countLine << names.size();
+    const QIcon icon(kind.icon); // one for all rows: each icon keeps its scaled picture
+    for (const QString& name : qAsConst(names))
+        list->addItem(makeRow(name, icon, kind.flags));
+    return names.size();
 }
 
 void applyViewSettings(QListWidget* list)
 {
-    list->setIconSize(kIconSize);
+    list->setIconSize(kRowIconSize);
     list->setSelectionMode(QAbstractItemView::MultiSelection);
     list->setEditTriggers(QAbstractItemView::NoEditTriggers);
     list->setSortingEnabled(false);
@@ -102,9 +103,8 @@ void CPagePlayerList::openListFile(const QString& path)
         return;
     m_pListWidget->clearSelection();
     m_pListWidget->clear();
-    QListWidget scratch;
-    const int directories = addDirectories(path, scratch, m_pListWidget);
-    const int videos = addVideos(path, scratch, m_pListWidget);
+    const int directories = addRows(path, kDirectories, m_pListWidget);
+    const int videos = addRows(path, kVideos, m_pListWidget);
     applyViewSettings(m_pListWidget);
     qDebug() << "-------ItemCount" << directories + videos;
 }
