@@ -3,18 +3,17 @@
 
 #include "common/DevicePaths.h"
 #include "common/OwnedStyle.h"
+#include "common/SystemConfig.h"
 #include "common/noFocusStyle_1.h"
 #include "pages/list/CTouchList.h"
 #include "pages/list/ListStyleSheet.h"
 #include "pages/list/RowStyle.h"
 
 #include <QDebug>
-#include <QFile>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
 #include <QStyle>
-#include <QTextStream>
 #include <QTimer>
 #include <QVBoxLayout>
 
@@ -68,12 +67,7 @@ void CPagePlayerList::createWidgets()
 
 void CPagePlayerList::readSystemConfig()
 {
-    QFile file(QString::fromLocal8Bit(DevicePaths::kSystemConfig));
-    if (file.open(QIODevice::ReadOnly | QIODevice::Text)) {
-        QTextStream stream(&file);
-        m_strPath = stream.readLine();
-        file.close();
-    }
+    m_strPath = readVideoRoot();
     qDebug() << "path from cfg file: " << m_strPath;
 }
 
