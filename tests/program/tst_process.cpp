@@ -50,17 +50,6 @@ public:
                    },
                    kLimitMs);
     }
-    // It has begun: from here on interrupts wait until it can deal with them.
-    bool holdsInterrupts()
-    {
-        return QTest::qWaitFor(
-            [&] {
-                QFile status(QStringLiteral("/proc/%1/status").arg(m_process.processId()));
-                status.open(QIODevice::ReadOnly);
-                return status.readAll().contains("SigBlk:\t0000000000000002");
-            },
-            kLimitMs);
-    }
     static void key(const char* names)
     {
         QProcess::execute("xdotool", QStringList{"key"} + QString(names).split(' '));
@@ -132,9 +121,7 @@ private slots:
         // moment: what is printed when the interrupt is sent
         columns<QByteArray, QByteArray, int>({"keys", "moment", "times"});
         const QByteArray play = "Return Down Return";
-#ifndef Q_PROCESSOR_ARM // an emulator does not show which signals its program holds
-        row("toolkit starts", QByteArray(), QByteArray(), 1);
-#endif
+        row("toolkit starts", QByteArray(), QByteArray("QFactoryLoader"), 1);
         row("start-up", QByteArray(), QByteArray("path from cfg file:"), 1);
         row("no hub: a retry is due", QByteArray(), QByteArray("failed. errno=1."), 1);
         row("list", QByteArray("Down"), QByteArray(), 1);
@@ -153,12 +140,11 @@ private slots:
         std::unique_ptr<HubProcess> hub;
         if (!moment.contains("errno"))
             hub = std::make_unique<HubProcess>();
+        qputenv("QT_DEBUG_PLUGINS", "1"); // the toolkit prints while it starts
         Program program;
         if (!keys.isEmpty()) {
             QVERIFY(program.takesKeys());
             Program::key(keys);
-        } else if (moment.isEmpty()) {
-            QVERIFY(program.holdsInterrupts());
         }
         QVERIFY(program.prints(moment));
         program.interrupt(times);
