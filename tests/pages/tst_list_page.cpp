@@ -2,22 +2,28 @@
 #include "common/CPlayerDatas.h"
 #include "common/globals.h"
 #include "pages/list/CPagePlayerList.h"
+#include "pages/list/FocusRing.h"
+#include "pages/list/ListKeys.h"
 #include "tests/Rows.h"
 #include "tests/TestDevice.h"
 
 #include <QApplication>
+#include <QLabel>
 #include <QListWidget>
 #include <QPushButton>
+#include <QScreen>
+#include <QScrollBar>
 #include <QtTest>
 
+#include <functional>
 #include <memory>
 
 namespace {
 
 const QColor kHighlight(255, 233, 231);
 
-// What sets a row apart: x marked, > current, * the look of the current row, ! selected. Empty for
-// an ordinary row.
+// What sets a row apart: x marked, > current, * the look of the current row, ? a look of neither
+// kind, c a check mark too many or missing, ! selected. Empty for an ordinary row.
 QString flagsOf(const QListWidgetItem& row)
 {
     QString flags;
@@ -25,8 +31,12 @@ QString flagsOf(const QListWidgetItem& row)
         flags += 'x';
     if (row.listWidget()->currentItem() == &row)
         flags += '>';
-    if (row.background().color() == kHighlight || row.font().pixelSize() == 45)
-        flags += row.font().weight() == QFont::Bold ? "*" : "?";
+    const QFont font = row.data(Qt::FontRole).isNull() ? row.listWidget()->font() : row.font();
+    const QList<int> look{row.background().color() == kHighlight, font.pixelSize(), font.weight()};
+    if (row.flags().testFlag(Qt::ItemIsUserCheckable) == row.data(Qt::CheckStateRole).isNull())
+        flags += 'c';
+    if (look != QList<int>{false, 38, QFont::Normal})
+        flags += look == QList<int>{true, 45, QFont::Bold} ? "*" : "?";
     return row.isSelected() ? flags + '!' : flags;
 }
 
@@ -84,12 +94,23 @@ private slots:
 
     void scansInOrder()
     {
+        QLocale::setDefault(QLocale("en_US")); // the list sorts as its users do
         for (const char* line : {"-------file cout 2", "-------video cout 4", "-------ItemCount 6",
                                  "-----video listwigdetsort.item= \"A.AVI\""})
             QTest::ignoreMessage(QtDebugMsg, line);
         showPage({"b/", "a/deep.mp4", "c.d/", ".hidden/", "z.mp4", "A.AVI", "m.mkv", "notes.txt",
                   "x.avi.bak", "x.bak.avi", ".h.mp4", "ü ber.Mp4"});
-        QCOMPARE(names(), QString("a b A.AVI x.bak.avi z.mp4 ü ber.Mp4"));
+        QLocale::setDefault(QLocale::c());
+        QCOMPARE(names(), QString("a b A.AVI ü ber.Mp4 x.bak.avi z.mp4"));
+        QCOMPARE(m_pList->iconSize(), QSize(38, 38));
+        const auto icon = [](const QIcon& of) { return of.pixmap(38).toImage(); };
+        QCOMPARE(icon(m_pList->item(0)->icon()), icon(QIcon(":/image/openfile.png")));
+        QCOMPARE(icon(m_pList->item(2)->icon()), icon(QIcon(":/image/videoIcon.png")));
+        const QByteArray top = m_device->path("").toLocal8Bit();
+        QTest::ignoreMessage(QtDebugMsg, "----ListViewFile \"" + top + "/a\"");
+        QTest::ignoreMessage(QtDebugMsg, "path-----   \"" + top + '"');
+        click(Qt::Key_Return);
+        click(Qt::Key_Backspace);
     }
 
     // The tree's rows are e (empty), sub (with one video), a.avi and b.mp4.
@@ -111,8 +132,8 @@ private slots:
             "1>*, 2>*, 2x>*, 2>*, 2x>*, 2>*, 2x>*, 2x 3>*");
         row("enters, returns, no row", false, Keys{down, ok, back, ok, up, down, back},
             "1>*, 1: 0>*, list, list, list, 0>*, 0>*");
-        row("empty directory", false, Keys{ok, up, left, right, ok, Qt::Key_Exit},
-            "0: back, 0: play, 0: exit, 0: play, 0: play, play");
+        row("empty directory", false, Keys{ok, up, up, down, left, right, ok, Qt::Key_Exit},
+            "0: back, 0: play, 0: exit, 0: play, 0: exit, 0: play, 0: play, play");
         row("Back by OK", false, Keys{ok, ok, ok}, "0: back, back, back");
         row("not the page's", false, Keys{one, two, Qt::Key_End, Qt::Key_Home},
             "0>*, 0>*, 3>*, 0>*");
@@ -136,6 +157,7 @@ private slots:
             states << state();
         }
         QTEST(states.join(", "), "expected");
+        QCOMPARE(nextFocus({FocusPlace::List, -1}, ListAction::Up, 4).row, -1);
     }
 
     void actsOnThePressOrOnTheRelease()
@@ -167,6 +189,43 @@ private slots:
         makeTree({"sub/d.avi"});
         tap(1, 90);
         QCOMPARE(names(), QString("c.mp4 d.avi"));
+    }
+
+    void showsEachStep()
+    {
+        QStringList tree{QString(80, 'x') + ".avi"};
+        for (char name = 'a'; name <= 'v'; ++name)
+            tree << name + QString(".avi");
+        QFile picture(":/image/videoIcon.png");
+        QVERIFY(picture.open(QIODevice::ReadOnly));
+        TestDevice::write(DevicePaths::kChecked, picture.readAll());
+        showPage(tree);
+        const int spare = m_pList->viewport()->height() % m_pList->sizeHintForRow(0);
+        m_page->resize(1280, 720 - spare); // no room for more than its rows
+        using Step = std::function<void()>;
+        const auto key = [](int code) -> Step { return [code] { click(code); }; };
+        const Step scroll = [this] { m_pList->verticalScrollBar()->setValue(5); };
+        for (const Step& step : {key(Qt::Key_Down), key(Qt::Key_Return), key(Qt::Key_Up),
+                                 key(Qt::Key_End), key(Qt::Key_PageUp), key(Qt::Key_Home), scroll,
+                                 Step([this] { tap(8, 90); }), key(Qt::Key_Left)}) {
+            step();
+            checkRows();
+            QTRY_VERIFY(isPainted());
+            const QRect current = m_pList->visualItemRect(m_pList->currentItem());
+            m_pList->viewport()->repaint(current.adjusted(0, current.height() - 1, 0, 0));
+            QVERIFY(isPainted());
+        }
+        QFile::remove(DevicePaths::kChecked);
+    }
+
+    void clockGoes()
+    {
+        showPage(kTree);
+        auto* clock = m_page->findChild<QLabel*>();
+        const QString first = clock->text();
+        QTRY_VERIFY(clock->text() != first);
+        const auto time = QDateTime::fromString(clock->text(), "yyyy-MM-dd hh:mm:ss");
+        QVERIFY(qAbs(time.secsTo(QDateTime::currentDateTime())) <= 2);
     }
 
     void onlyTheCurrentRowStandsOut()
@@ -243,6 +302,34 @@ private:
         m_page->show();
         m_page->activateWindow();
         QVERIFY(QTest::qWaitForWindowActive(m_page.get()));
+    }
+
+    // The screen shows what a full repaint would show. The clock is left out.
+    bool isPainted()
+    {
+        const QRect page = m_page->rect().adjusted(0, 0, 0, -70);
+        return m_page->screen()->grabWindow(m_page->winId()).copy(page).toImage() ==
+               m_page->grab(page).toImage();
+    }
+
+    // The rows follow each other, wide enough for their names, and the current one is higher. It is
+    // wholly in view, or above.
+    void checkRows()
+    {
+        const QRect view = m_pList->viewport()->rect();
+        const QListWidgetItem* current = m_pList->currentItem();
+        const QRect stands = m_pList->visualItemRect(current);
+        QVERIFY(!current || stands.bottom() < 0 || view.adjusted(0, 0, 9999, 0).contains(stands));
+        QPoint at(9, 0);
+        while (const QListWidgetItem* row = m_pList->itemAt(at)) {
+            const QRect rect = m_pList->visualItemRect(row);
+            QCOMPARE(rect.top(), at.y());
+            QCOMPARE(m_pList->itemAt(rect.bottomLeft()), row);
+            QCOMPARE(rect.height() > m_pList->sizeHintForRow(0), row == current);
+            QCOMPARE(rect.width(), view.width() + m_pList->horizontalScrollBar()->maximum());
+            QVERIFY(rect.width() > QFontMetrics(row->font()).horizontalAdvance(row->text()));
+            at = rect.bottomLeft() + QPoint(9, 1);
+        }
     }
 
     QPoint rowCentre(int row) const { return m_pList->visualItemRect(m_pList->item(row)).center(); }
