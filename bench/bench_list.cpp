@@ -1,6 +1,6 @@
 // Measurements of a list of many recordings, in the whole program's window:
-//   bench_list COUNT    from the start to the list, a key, a mark, a tap, the return, standing
-//   still
+//   bench_list COUNT    (200 or more) from the start to the list, a key, a mark, a tap, the return,
+//   standing still
 // The recordings are empty files in a temporary folder. CPU of the process, the painting included;
 // the medians and, for the keys, the longest wait for the picture. The debug lines go where stderr
 // goes. Needs a display and a build with a DEVICE_ROOT.
