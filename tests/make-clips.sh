@@ -16,7 +16,6 @@
 #   resized.mp4           13 frames of 320x240, then 13 of 160x120, 25 fps bare H.264
 #   damaged.mp4           silent.mp4 with zeros for pictures: starts, then ends in an error
 #   notvideo.mp4          a text
-#   empty.mp4             0 bytes
 #   名 mit Ümlaut.mp4     silent.mp4 under a name with blanks and characters beyond ASCII
 set -eu
 
@@ -98,8 +97,6 @@ keep damaged.mp4
 
 echo "This is a text that only calls itself a video." >"$work/notvideo.mp4"
 keep notvideo.mp4
-: >"$work/empty.mp4"
-keep empty.mp4
 cp "$dir/silent.mp4" "$work/名 mit Ümlaut.mp4"
 keep "名 mit Ümlaut.mp4"
 

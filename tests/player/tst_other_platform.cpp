@@ -7,6 +7,7 @@
 
 #include "platform/VideoPath.h"
 #include "platform/host/FrameExporter.h"
+#include "platform/host/HostCounters.h"
 
 #include <QElapsedTimer>
 #include <QPointer>
@@ -174,6 +175,27 @@ private slots:
         player.playPause();
         QTRY_COMPARE_WITH_TIMEOUT(ends.load(), 1, QP_LIMIT_MS);
         QVERIFY2(clock.elapsed() < 2500, qPrintable(QString::number(clock.elapsed())));
+    }
+
+    // Many times: an end that goes on all the same is not always faster than the flush.
+    void aSeekOvertakesTheEnd()
+    {
+        gst_init(nullptr, nullptr);
+        GstElement* playbin = gst_element_factory_make("playbin", nullptr);
+        GstElement* sink = gst_element_factory_make("appsink", nullptr); // nobody takes from it
+        g_object_set(playbin, "video-sink", sink, "uri", "file://" CLIP_DIR "/odd.avi", nullptr);
+        preparePlatformVideoPath(playbin);
+        g_object_set(sink, "sync", FALSE, "wait-on-eos", FALSE, nullptr);
+        gst_element_set_state(playbin, GST_STATE_PLAYING);
+        GstBus* bus = gst_element_get_bus(playbin);
+        for (int round = 0; round < 30; ++round) {
+            QTRY_COMPARE_WITH_TIMEOUT(hostCounters().framesOut.load(), kLastFrame, QP_LIMIT_MS);
+            gst_element_seek_simple(playbin, GST_FORMAT_TIME, GST_SEEK_FLAG_FLUSH, 0);
+            QVERIFY(!gst_bus_pop_filtered(bus, GST_MESSAGE_EOS));
+        }
+        gst_object_unref(bus);
+        gst_element_set_state(playbin, GST_STATE_NULL);
+        gst_object_unref(playbin);
     }
 
     // Paused, so that the position stands; past the end to one second before it, or to the start.

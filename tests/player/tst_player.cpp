@@ -145,7 +145,6 @@ private slots:
     {
         columns<QString>({"file"});
         row("missing", "no such file.mp4");
-        row("empty", "empty.mp4");
         row("text", "notvideo.mp4");
         row("damaged", "damaged.mp4");
         row("number sign in the name", "a#b.mp4");

@@ -27,7 +27,6 @@ private slots:
         row("value behind the buffer's end", "player " + QString(100, '=') + "--twokeymode=on",
             false, false);
         row("program name", "--twokeymode=on x", false, true);
-        row("program name alone", "--twokeymode=on", false, false);
     }
 
     void twoKeyMode()
