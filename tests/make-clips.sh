@@ -17,6 +17,7 @@
 #   damaged.mp4           silent.mp4 with zeros for pictures: starts, then ends in an error
 #   notvideo.mp4          a text
 #   名 mit Ümlaut.mp4     silent.mp4 under a name with blanks and characters beyond ASCII
+#   a#b.mp4               silent.mp4 under a name that is no part of an address
 set -eu
 
 dir=${1:?usage: make-clips.sh DIR}
@@ -97,8 +98,10 @@ keep damaged.mp4
 
 echo "This is a text that only calls itself a video." >"$work/notvideo.mp4"
 keep notvideo.mp4
-cp "$dir/silent.mp4" "$work/名 mit Ümlaut.mp4"
-keep "名 mit Ümlaut.mp4"
+for name in "名 mit Ümlaut.mp4" "a#b.mp4"; do
+    cp "$dir/silent.mp4" "$work/$name"
+    keep "$name"
+done
 
 rm -r "$work"
 touch "$dir/.made"

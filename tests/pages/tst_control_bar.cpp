@@ -157,9 +157,9 @@ private slots:
         m_pBar->resetTime();
         QCOMPARE(time(), QString("0 of 1000: 0:00:00/0:00:00"));
         m_pBar->setDuration(125);
-        m_pBar->setPosition(0);
         QCOMPARE(time(), QString("0 of 125: 00:00/02:05"));
         m_pBar->setPosition(1);
+        m_pBar->setPosition(0);
         m_pBar->setDuration(125); // already shown: the label stays
         QCOMPARE(time(), QString("1 of 125: 00:01/02:05"));
         m_pBar->setPosition(124);

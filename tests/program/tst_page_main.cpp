@@ -305,6 +305,9 @@ private slots:
         QCOMPARE(slider->value(), 0);
         w.buttons[0]->click(); // the same file again
         QVERIFY(w.shows("/01:20"));
+        w.buttons[4]->click();
+        QVERIFY(w.onList() && !w.surface->m_bVideo);
+        QVERIFY(hostCounters().framesOut < FramePool::kFrames / 2); // it does not play on
     }
 
     void marginsInsetThePlayerPage()
