@@ -7,6 +7,13 @@
 #include "pages/player/CPagePlayer.h"
 
 #include <QDebug>
+#include <QTimer>
+
+namespace {
+
+constexpr int kRehearseAfterMs = 300; // the list is on the screen by then
+
+} // namespace
 
 CPageMain* g_pPageMain = nullptr;
 
@@ -21,6 +28,7 @@ CPageMain::CPageMain(QWidget* parent) : QWidget(parent)
     paintBlack();
     show();
     takeKeys();
+    QTimer::singleShot(kRehearseAfterMs, m_pPagePlayer, SLOT(slotRehearse()));
 }
 
 CPageMain::~CPageMain()

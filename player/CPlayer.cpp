@@ -1,6 +1,7 @@
 #include "player/CPlayer.h"
 
 #include "platform/VideoPath.h"
+#include "player/CPluginLoader.h"
 #include "player/EngineClock.h"
 #include "player/ThreadActivity.h"
 
@@ -54,6 +55,7 @@ CPlayer::~CPlayer()
     delete m_pThread;
     m_pThread = nullptr;
     flushSamples();
+    delete m_pLoader;
     delete m_pSampleStored;
     delete m_pMutex;
 }
@@ -73,6 +75,14 @@ void CPlayer::initPipeline()
     gst_element_set_state(m_pPipeline, GST_STATE_READY);
     gst_bus_set_sync_handler(m_pBus, bus_callback, this, nullptr);
     m_bInited = true;
+}
+
+void CPlayer::loadAhead()
+{
+    if (m_pLoader)
+        return;
+    m_pLoader = new CPluginLoader;
+    m_pLoader->start();
 }
 
 void CPlayer::releasePipeline()

@@ -8,6 +8,7 @@
 //                                            hand-off until the frame has been drawn
 // GStreamer's streaming    the pipeline      on_new_sample_from_sink(), storeSample(), and
 // threads                                    bus_callback(), which touches no member
+// loader (m_pLoader)       loadAhead()       CPluginLoader, which knows nothing of the engine
 //
 // Locks: m_pMutex guards m_mapSamples and nothing else. It is held inside the four store
 // operations only, never across the hand-off or another lock: samples are released when it has been
@@ -35,6 +36,7 @@
 
 #include <gst/gst.h>
 
+class CPluginLoader;
 class QMutex;
 class QThread;
 class QWaitCondition;
@@ -49,6 +51,9 @@ public:
 
     void initPipeline(); // builds the pipeline; later calls do nothing
     void releasePipeline();
+
+    // Makes the first start as fast as later ones, in a thread of its own. After initPipeline().
+    void loadAhead();
 
     // Starts a file by its absolute path; call stop() first, or a file that plays is paused.
     // A file that cannot be played is reported by sgPlayError(), possibly inside this call.
@@ -116,6 +121,7 @@ private:
     QWaitCondition* m_pSampleStored; // belongs to m_pMutex; ends the worker's nap
 
     // GUI thread only.
+    CPluginLoader* m_pLoader = nullptr;
     bool m_bInited = false;
     bool m_bPlaying = false;
     bool m_bPause = false;

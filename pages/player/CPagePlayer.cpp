@@ -209,6 +209,11 @@ void CPagePlayer::slotKeyEventUpdate()
     m_nLastEventTimeUs = currentTimeUs();
 }
 
+void CPagePlayer::slotRehearse()
+{
+    m_pPlayer->loadAhead();
+}
+
 void CPagePlayer::slotCmdPlay()
 {
     if (!m_pPlayer->isPlaying())

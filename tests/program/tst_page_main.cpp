@@ -106,6 +106,16 @@ struct Window
     QList<QPushButton*> buttons;
 };
 
+// Of GStreamer's plugins.
+bool isLoaded(const char* name)
+{
+    GstPlugin* plugin = gst_registry_find_plugin(gst_registry_get(), name);
+    const bool loaded = plugin && gst_plugin_is_loaded(plugin);
+    if (plugin)
+        gst_object_unref(plugin);
+    return loaded;
+}
+
 } // namespace
 
 class tst_page_main : public QObject
@@ -120,6 +130,8 @@ private slots:
         Window w({});
         QSignalSpy leaves(w.main.get(), SIGNAL(sgAppExit()));
         QTRY_VERIFY(qobject_cast<QPushButton*>(QApplication::focusWidget()));
+        // Made ready for the first playback.
+        QVERIFY(QTest::qWaitFor([] { return isLoaded("libav"); }, kLimitMs));
         Window::key(Qt::Key_Return);
         QCOMPARE(leaves.count(), 1);
         QVERIFY(w.main->isHidden());
