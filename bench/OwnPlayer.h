@@ -1,0 +1,98 @@
+// The whole player in a measuring program's own process, with its own window, and what is asked of
+// the process. GUI thread. Needs a build with a DEVICE_ROOT.
+#pragma once
+
+#include "app/CPageMain.h"
+#include "common/DevicePaths.h"
+#include "pages/player/CPagePlayer.h"
+#include "pages/player/CPagePlayerControl.h"
+#include "render/CGLWndPlayer.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFileInfo>
+#include <QListWidget>
+#include <QPushButton>
+#include <QTemporaryDir>
+#include <QTimer>
+
+#include <functional>
+#include <memory>
+
+// Sleeps between the events. The timer sees to it that there are some; processEvents() with a limit
+// would spin.
+inline bool waitFor(const std::function<bool()>& condition, int limitMs)
+{
+    constexpr int kTickMs = 10;
+    QElapsedTimer clock;
+    clock.start();
+    QTimer ticks;
+    ticks.start(kTickMs);
+    while (!condition() && clock.elapsed() < limitMs)
+        QApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    return condition();
+}
+
+inline void pass(int ms)
+{
+    waitFor([] { return false; }, ms);
+}
+
+inline double megabytes(const char* field)
+{
+    QFile status("/proc/self/status");
+    status.open(QIODevice::ReadOnly);
+    for (const QByteArray& line : status.readAll().split('\n'))
+        if (line.startsWith(field))
+            return line.simplified().split(' ')[1].toDouble() / 1024;
+    return 0;
+}
+
+inline int entries(const char* folder)
+{
+    return QDir(folder).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::System).size();
+}
+
+// The player on a device whose only recordings are these files.
+class OwnPlayer
+{
+public:
+    explicit OwnPlayer(const QStringList& files)
+    {
+        for (const QString& file : files)
+            QFile::link(QFileInfo(file).absoluteFilePath(),
+                        m_root.filePath(QFileInfo(file).fileName()));
+        QDir().mkpath(QFileInfo(DevicePaths::kSystemConfig).path());
+        QFile config(DevicePaths::kSystemConfig);
+        config.open(QIODevice::WriteOnly);
+        config.write(m_root.path().toLocal8Bit());
+        config.close();
+        m_window = std::make_unique<CPageMain>(nullptr);
+        page = m_window->findChild<CPagePlayer*>();
+        list = m_window->findChild<QListWidget*>();
+        surface = page->findChild<CGLWndPlayer*>();
+        bar = page->findChild<CPagePlayerControl*>();
+        pass(300);
+    }
+    void mark(int row) { list->item(row)->setCheckState(Qt::Checked); }
+    void playMarked() { list->parentWidget()->findChild<QPushButton*>()->click(); }
+    void play(int row)
+    {
+        mark(row);
+        playMarked();
+    }
+    QPushButton* button(int index) { return bar->findChildren<QPushButton*>()[index]; }
+    void stop() { button(1)->click(); }
+    void back() { bar->findChildren<QPushButton*>().last()->click(); }
+    void close() { m_window.reset(); }
+
+    CPagePlayer* page = nullptr;
+    QListWidget* list = nullptr;
+    CGLWndPlayer* surface = nullptr;
+    CPagePlayerControl* bar = nullptr;
+
+private:
+    QTemporaryDir m_root;
+    std::unique_ptr<CPageMain> m_window;
+};
