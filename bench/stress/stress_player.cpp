@@ -2,7 +2,9 @@
 // fault:
 //   stress_player damaged FOLDER SEED   plays each clip of the folder for 6 s at most and stops it,
 //                                       a third of them at a moment of chance
-//   stress_player cycles FILE COUNT     Play and Back, again and again: nothing grows
+//   stress_player cycles FILE COUNT     Play and Back, again and again: nothing grows; with
+//                                       GST_TRACERS=leaks GStreamer's objects are counted, too,
+//                                       but the memory is the tracer's
 //   stress_player hour MINUTES FILE...  the files in turn, all of 25 frames a second: every frame
 //                                       is shown, and none of them later and later
 // Needs a display and a build with a DEVICE_ROOT.
@@ -76,7 +78,7 @@ const char* fate(OwnPlayer& player, qint64 ms)
     if (!player.surface->m_bVideo)
         return ms < kWatchMs ? "error" : "given up";
     const unsigned shown = hostCounters().uploads;
-    return waitFor([&] { return hostCounters().uploads > shown; }, 1500) ? "plays on" : "HANGS";
+    return waitFor([&] { return hostCounters().uploads > shown; }, 5000) ? "plays on" : "HANGS";
 }
 
 void damaged(const QString& folder, unsigned seed)
@@ -126,8 +128,8 @@ bool isLeftVolume(const GValue* object)
                                              type(GST_OBJECT_PARENT(instance)) == "GstVolume");
 }
 
-// The objects that GStreamer's tracer of leaks sees alive. Its list holds no references though it
-// would release some: it is never freed.
+// The objects that GStreamer's tracer of leaks sees alive; none where it is not at work. Its list
+// holds no references though it would release some: it is never freed.
 int gstreamerObjects()
 {
     int count = 0;
@@ -153,9 +155,9 @@ struct Usage
 
     bool levelWith(const Usage& first) const
     {
-        constexpr double kGrowth = 5;
+        const double growth = qEnvironmentVariableIsSet("GST_TRACERS") ? 50 : 5;
         return threads <= first.threads && descriptors <= first.descriptors &&
-               memory <= first.memory + kGrowth;
+               memory <= first.memory + growth;
     }
 };
 
@@ -163,7 +165,6 @@ void cycles(const QString& file, int count)
 {
     constexpr int kWarmUp = 20;
     constexpr int kLookEvery = 50;
-    qputenv("GST_TRACERS", "leaks");
     OwnPlayer player({file});
     Usage first;
     Usage last;
@@ -186,7 +187,7 @@ void cycles(const QString& file, int count)
         }
     }
     const int objectsNow = gstreamerObjects();
-    if (objects == 0 || objectsNow > objects)
+    if (objectsNow > objects)
         fault("GStreamer's objects: %d after the first %d cycles, then %d", objects, kWarmUp,
               objectsNow);
     std::printf("%d cycles: threads %d to %d, descriptors %d to %d, GStreamer objects %d to %d, "
@@ -235,14 +236,16 @@ private:
     std::vector<double> m_times;
 };
 
-// The median of how late the frames from `from` on are, one second of them, beside the first one.
-double lateness(const std::vector<double>& times, size_t from)
+// How late the last second of the file is, its median, beside the most punctual frame of all.
+double driftAtEnd(const std::vector<double>& times)
 {
     std::vector<double> late;
-    for (size_t i = from; i < from + size_t(kRate); ++i)
+    for (size_t i = 0; i < times.size(); ++i)
         late.push_back(times[i] - times[0] - 1000 * double(i) / kRate);
-    std::nth_element(late.begin(), late.begin() + late.size() / 2, late.end());
-    return late[late.size() / 2];
+    const double best = *std::min_element(late.begin(), late.end());
+    const auto median = late.end() - int(kRate) / 2;
+    std::nth_element(late.end() - int(kRate), median, late.end());
+    return *median - best;
 }
 
 void hour(double minutes, const QStringList& files)
@@ -258,9 +261,9 @@ void hour(double minutes, const QStringList& files)
         frames += times.size();
         if (times.size() < 2 * kRate)
             return fault("file %zu, %s, showed %zu frames", played, qPrintable(file), times.size());
-        const double late = lateness(times, times.size() - size_t(kRate)) - lateness(times, 1);
-        drift = std::max(drift, std::abs(late));
-        if (std::abs(late) >= kDriftLimitMs)
+        const double late = driftAtEnd(times);
+        drift = std::max(drift, late);
+        if (late >= kDriftLimitMs)
             fault("file %zu, %s, ends %.1f ms late", played, qPrintable(file), late);
     };
     Shown shown(player, check);
