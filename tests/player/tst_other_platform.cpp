@@ -124,6 +124,7 @@ private slots:
     {
         s_pass = nullptr;
         s_beforeSample = nullptr;
+        s_bWaits = false;
         s_nBuffers = 0;
         s_nShown = 0;
     }
