@@ -89,7 +89,7 @@ set(QP_TEST_ENVIRONMENT
     "UBSAN_OPTIONS=print_stacktrace=1"
     "ASAN_OPTIONS=detect_leaks=${QP_LEAK_CHECK}"
     "LSAN_OPTIONS=suppressions=${CMAKE_CURRENT_SOURCE_DIR}/sanitizers/lsan.supp:print_suppressions=0"
-    "TSAN_OPTIONS=suppressions=${CMAKE_CURRENT_SOURCE_DIR}/sanitizers/tsan.supp:history_size=7:second_deadlock_stack=1"
+    "TSAN_OPTIONS=history_size=7:second_deadlock_stack=1"
     "XDG_RUNTIME_DIR=${CMAKE_BINARY_DIR}/run"
     "GST_REGISTRY=${CMAKE_BINARY_DIR}/run/gst-registry.bin"
     "QT_STYLE_OVERRIDE="

@@ -53,22 +53,28 @@ int __tsan_get_report_mop(void* report, unsigned long index, int*, void**, int*,
 // Whose code called into the C library or took the lock: the first frame tells that is neither the
 // sanitizer's nor a stand-in's. The run-time libraries of the language work for whoever called
 // them, which the trace may no longer tell: they count as the project.
-__attribute__((no_sanitize_thread)) static bool isOfLibrary(void* const* frame)
+__attribute__((no_sanitize_thread)) static bool isOfLibrary(void* const* trace, bool* isQueuedCall)
 {
-    char path[512] = "";
-    for (void* offset = nullptr; *frame; ++frame) {
+    char path[512] = "", function[512] = "";
+    void* offset = nullptr;
+    for (void* const* frame = trace; *frame; ++frame) {
         __sanitizer_get_module_and_offset_for_pc(*frame, path, sizeof path, &offset);
         const bool isStandIn = *frame >= __start_stand_ins && *frame < __stop_stand_ins;
         if (!isStandIn && !strstr(path, "/libtsan.so"))
             break;
     }
+    if (strstr(path, "/libQt5Core.so"))
+        __sanitizer_symbolize_pc(trace[0], "%f", function, sizeof function);
+    *isQueuedCall = *isQueuedCall || strstr(function, "operator new");
     return (strncmp(path, "/usr/lib", 8) == 0 || strncmp(path, "/lib", 4) == 0) &&
            !strstr(path, "/libstdc++.so") && !strstr(path, "/libc.so");
 }
 
 // The sanitizer's OnReport(), asked before it prints: true drops the report. A library's call
-// against an access of the project's own shows: what the project reads too late, a library may have
-// freed. A trace that the sanitizer has lost decides nothing.
+// against an access of the project's own shows, for what the project reads too late, a library may
+// have freed. The one exception is what Qt made for a queued call, with new as nothing else: only
+// Qt takes the lock of its queue, and no variable of the project holds the address. A trace that
+// the sanitizer has lost decides nothing.
 extern "C" __attribute__((no_sanitize_thread)) bool
 _ZN6__tsan8OnReportEPKNS_10ReportDescEb(void* report, bool suppressed)
 {
@@ -76,7 +82,7 @@ _ZN6__tsan8OnReportEPKNS_10ReportDescEb(void* report, bool suppressed)
     const char* kind = nullptr;
     void* address = nullptr;
     __tsan_get_report_data(report, &kind, &x, &stacks, &accesses, &x, &x, &x, &x, &address, 0);
-    bool ofLibrary = false, ofProject = false;
+    bool ofLibrary = false, ofProject = false, isQueuedCall = false;
     for (int i = 0; i < stacks + accesses; ++i) {
         void* trace[17] = {}; // the last one ends it
         if (i < stacks)
@@ -84,7 +90,7 @@ _ZN6__tsan8OnReportEPKNS_10ReportDescEb(void* report, bool suppressed)
         else
             __tsan_get_report_mop(report, i - stacks, &x, &address, &x, &x, &x, trace, 16);
         if (trace[0])
-            (isOfLibrary(trace) ? ofLibrary : ofProject) = true;
+            (isOfLibrary(trace, &isQueuedCall) ? ofLibrary : ofProject) = true;
     }
-    return ofLibrary && (suppressed || !ofProject);
+    return suppressed || isQueuedCall || (ofLibrary && !ofProject);
 }
