@@ -1,0 +1,143 @@
+"""A board in the emulator: its keys, its touch screen, its screen, and a root shell on it."""
+import json
+import socket
+import subprocess
+import tempfile
+import time
+from pathlib import Path
+
+from PIL import Image, ImageChops
+
+MACHINES = {  # a processor without AVX, whose emulation leaves dots along a triangle's edge
+    "amd64": "qemu-system-x86_64 -M pc,i8042=off -accel tcg,thread=multi -cpu Nehalem".split(),
+    "armhf": "qemu-system-arm -M virt -cpu cortex-a15".split(),
+}
+CONSOLES = {"amd64": "ttyS0", "armhf": "ttyAMA0"}
+LIMITS = {"amd64": 120, "armhf": 300}  # s, of every wait: what a machine three times slower keeps
+AXIS_MAX = 32767
+
+
+class Failure(Exception):
+    pass
+
+
+def run(*command):
+    """What the command prints."""
+    return subprocess.run([str(c) for c in command], check=True, stdout=subprocess.PIPE,
+                          text=True).stdout
+
+
+class Board:
+    """Boots at once from the folder `system`; an archive of the folder `extra` is its second disk.
+    What it leaves goes to the folder `seen`."""
+
+    def __init__(self, arch, system, extra, seen, size="800x480", display="none"):
+        self.limit = LIMITS[arch]
+        self.shell_ready = False
+        self.seen = seen
+        self.dump = tempfile.NamedTemporaryFile(suffix=".ppm")
+        run("tar", "-cf", f"{extra}.tar", "-C", extra, ".")
+        width, height = size.split("x")
+        (qmp, qmp_end), (self.shell_end, shell_end) = socket.socketpair(), socket.socketpair()
+        ends = [end.fileno() for end in (qmp_end, shell_end)]
+        self.process = subprocess.Popen([
+            *MACHINES[arch], "-smp", "2", "-m", "2048", "-nodefaults", "-display", display,
+            "-kernel", system / "kernel", "-initrd", system / "initrd",
+            "-append", f"console={CONSOLES[arch]} quiet", "-serial", f"file:{seen}/console.log",
+            "-drive", f"file={system}/disk,format=raw,if=virtio,snapshot=on,id=disk",
+            "-drive", f"file={extra}.tar,format=raw,if=virtio,readonly=on",
+            "-device", f"virtio-gpu-pci,xres={width},yres={height}",
+            "-device", "virtio-keyboard-pci", "-device", "virtio-tablet-pci", "-device", "qemu-xhci",
+            "-chardev", f"socket,id=qmp,fd={ends[0]}", "-mon", "chardev=qmp,mode=control",
+            "-chardev", f"socket,id=shell,fd={ends[1]}",
+            "-device", "virtio-serial-pci", "-device", "virtconsole,chardev=shell",
+        ], pass_fds=ends)
+        qmp_end.close()
+        shell_end.close()
+        self.qmp_end = qmp.makefile("rw")
+        self.qmp_end.readline()
+        self.qmp("qmp_capabilities")
+
+    def close(self):
+        self.process.kill()
+        self.process.wait()
+
+    def qmp(self, execute, **arguments):
+        self.qmp_end.write(json.dumps({"execute": execute, "arguments": arguments}) + "\n")
+        self.qmp_end.flush()
+        while True:
+            answer = json.loads(self.qmp_end.readline() or '{"error": {"desc": "the board is off"}}')
+            if "error" in answer:
+                raise Failure(f"{execute}: {answer['error']['desc']}")
+            if "return" in answer:
+                return answer["return"]
+
+    def wait(self, condition, what, seconds=None):
+        """Until the condition holds; gives back what it says."""
+        end = time.monotonic() + (seconds or self.limit)
+        while not (result := condition()):
+            if time.monotonic() > end:
+                raise Failure("in vain: " + what)
+            time.sleep(0.2)
+        return result
+
+    def input(self, kind, **data):
+        self.qmp("input-send-event", events=[{"type": kind, "data": data}])
+
+    def press(self, *keys):
+        for key in keys:
+            for down in (True, False):
+                self.input("key", down=down, key={"type": "qcode", "data": key})
+
+    def tap(self, x, y):
+        """At a place in px; from the right or the bottom edge where it is negative."""
+        width, height = self.screen().size
+        self.input("abs", axis="x", value=x % width * AXIS_MAX // width)
+        self.input("abs", axis="y", value=y % height * AXIS_MAX // height)
+        for down in (True, False):
+            self.input("btn", down=down, button="left")
+
+    def screen(self):
+        self.qmp("screendump", filename=self.dump.name)
+        return Image.open(self.dump.name).convert("RGB")
+
+    def picture(self, name):
+        number = len(list(self.seen.glob("*.png"))) + 1
+        self.screen().save(self.seen / f"{number:02}-{name.replace(' ', '-')}.png")
+
+    def film(self):
+        frames = [Image.open(path).resize((640, 360)) for path in sorted(self.seen.glob("*.png"))]
+        if frames:
+            frames[0].save(self.seen / "film.webp", save_all=True, append_images=frames[1:],
+                           duration=700)
+
+    def shell(self, command, fails=False):
+        """What the command prints. It must succeed, or fail where it is to."""
+        self.shell_end.settimeout(self.limit)
+        if not self.shell_ready:
+            self.shell_ready = True
+            self.shell("stty -echo -opost")
+        self.shell_end.sendall(f"{{ {command}\n}} 2>&1; printf '\\n%s\\004' $?\n".encode())
+        answer = b""
+        try:
+            while not answer.endswith(b"\004"):
+                answer += self.shell_end.recv(65536)
+        except TimeoutError:
+            raise Failure(f"no answer to: {command}\n{answer}") from None
+        output, status = answer[:-1].decode(errors="replace").rsplit("\n", 1)
+        if (status != "0") != fails:
+            raise Failure(f"status {status} of: {command}\n{output}")
+        return output.strip()
+
+
+def mask(image, colour, tolerance=40, area=(0, 0, 1, 1)):
+    """Where the area, given in fractions of the image, has the colour."""
+    image = image.crop([int(edge * image.size[i % 2]) for i, edge in enumerate(area)])
+    bands = ImageChops.difference(image, Image.new("RGB", image.size, colour)).split()
+    largest = ImageChops.lighter(ImageChops.lighter(bands[0], bands[1]), bands[2])
+    return largest.point(lambda value: 255 * (value <= tolerance))
+
+
+def share(*what):
+    found = mask(*what)
+    return found.histogram()[255] / (found.width * found.height)
