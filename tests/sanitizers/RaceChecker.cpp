@@ -34,7 +34,9 @@ STAND_IN(_ZN6QMutexD1Ev, __tsan_mutex_destroy(one, 0), )
 STAND_IN(_ZN6QMutex4lockEv, LOCKING(one), LOCKED(one))
 STAND_IN(_ZN6QMutex6unlockEv, UNLOCKING(one), )
 STAND_IN(_ZN14QWaitCondition4waitEP6QMutexm, UNLOCKING(two), (LOCKING(two), LOCKED(two)))
-// The lock of a QThread orders a worker's call of exit() before whoever finds it ended.
+// The lock of a QThread orders what it did, at the latest until it asks whether to stop or calls
+// exit(), before whoever finds it ended.
+STAND_IN(_ZNK7QThread23isInterruptionRequestedEv, __tsan_release(one), )
 STAND_IN(_ZN7QThread4exitEi, __tsan_release(one), )
 STAND_IN(_ZN7QThread4waitE14QDeadlineTimer, , if (result & 1) __tsan_acquire(one))
 STAND_IN(_ZNK7QThread9isRunningEv, , if (!(result & 1)) __tsan_acquire(one))
