@@ -90,6 +90,7 @@ set(QP_TEST_ENVIRONMENT
     "ASAN_OPTIONS=detect_leaks=${QP_LEAK_CHECK}"
     "LSAN_OPTIONS=suppressions=${CMAKE_CURRENT_SOURCE_DIR}/sanitizers/lsan.supp:print_suppressions=0"
     "TSAN_OPTIONS=history_size=7:second_deadlock_stack=1"
+    "G_SLICE=always-malloc" # GLib's own allocator hides leaks and who freed what
     "XDG_RUNTIME_DIR=${CMAKE_BINARY_DIR}/run"
     "GST_REGISTRY=${CMAKE_BINARY_DIR}/run/gst-registry.bin"
     "QT_STYLE_OVERRIDE="
