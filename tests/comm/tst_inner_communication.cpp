@@ -110,7 +110,7 @@ private slots:
         columns<QByteArray, int, bool>({"bytes", "requests", "headError"});
         const QByteArray request = item(3, u32(8));
         row("exit request", packet(2, item(1, u32(8)) + request), 1, false);
-        row("mask without the exit bit", packet(2, item(3, u32(7))), 0, false);
+        row("all but the exit bit", packet(2, item(3, u32(0xFFFFFFF7))), 0, false);
         row("all bits set", packet(2, item(3, u32(0xFFFFFFFF))), 1, false);
         row("short value between requests", packet(2, request + item(3, u16(8)) + request), 1,
             false);
@@ -136,8 +136,9 @@ private slots:
         Link link;
         link.comm.initInnerComm();
         QVERIFY(hub.waitFor("player connected"));
-        hub.type("raw " + bytes.toHex());
+        hub.type("raw " + bytes.toHex().toUpper());
         hub.type("exit-request");
+        QTRY_COMPARE_WITH_TIMEOUT(hub.output().count("sent 1 of 1"), 2, kLimitMs);
         QVERIFY(link.hasRequests(requests + 1));
         QCOMPARE(link.requests.load(), requests + 1);
         const Lines lines = DebugLines::take();
