@@ -14,6 +14,7 @@ function(qp_test_properties name)
     ENVIRONMENT "${QP_TEST_ENVIRONMENT}")
   if(ARG_DISPLAY)
     set_property(TEST ${name} APPEND PROPERTY RESOURCE_LOCK display)
+    set_property(TEST ${name} PROPERTY COST 100) # first: they take turns, the others fill the gaps
     set_property(TEST ${name} APPEND PROPERTY LABELS display)
   endif()
   if(ARG_DEVICE)
