@@ -3,6 +3,7 @@
 #include "platform/SurfaceFormat.h"
 #include "platform/direct_texture.h"
 #include "platform/host/FrameCopy.h"
+#include "platform/host/FramePool.h"
 #include "platform/host/HostCounters.h"
 #include "platform/host/PhysBlock.h"
 #include "platform/host/PhysMemory.h"
@@ -13,6 +14,9 @@
 #include <QOpenGLContext>
 #include <QOpenGLFunctions>
 #include <QTest>
+
+#include <chrono>
+#include <future>
 
 class tst_video_memory : public QObject
 {
@@ -75,6 +79,30 @@ private slots:
             gst_video_frame_unmap(&frame);
             gst_buffer_unref(buffer);
         }
+    }
+
+    // Whoever shows it; paused for as long as it takes, and a flush makes an end of it.
+    void lastFrameIsWaitedFor()
+    {
+        using namespace std::chrono_literals;
+        const auto pool = std::make_shared<FramePool>();
+        const auto wait = [&pool](std::chrono::milliseconds patience) {
+            return std::async(std::launch::async,
+                              [pool, patience] { return pool->waitUntilShown(patience, 0ms); });
+        };
+        pool->setActive(true);
+        GstMemory* frame = pool->take(8);
+        auto first = wait(50ms);
+        QVERIFY(first.wait_for(200ms) == std::future_status::timeout);
+        pool->setPlaying(true);
+        QVERIFY(first.get());
+        auto second = wait(30s);
+        QVERIFY(second.wait_for(50ms) == std::future_status::timeout);
+        pool->setFlushing(true);
+        QVERIFY(!second.get());
+        pool->setFlushing(false);
+        QVERIFY(wait(30s).wait_for(5s) == std::future_status::ready);
+        gst_memory_unref(frame);
     }
 
     void timesRise_data()

@@ -195,7 +195,7 @@ private slots:
         e.player->playPause();
         QVERIFY(!QTest::qWaitFor([&] { return e.finished > 0; }, 200));
         e.player->playPause();
-        QVERIFY(!QTest::qWaitFor([&] { return e.finished > 0; }, 300));
+        QVERIFY(!QTest::qWaitFor([&] { return e.finished > 0; }, 600));
         QCOMPARE(e.updates, FramePool::kFrames - 1);
         QElapsedTimer clock;
         clock.start();

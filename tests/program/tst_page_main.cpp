@@ -136,7 +136,10 @@ private slots:
         QCOMPARE(leaves.count(), 1);
         QVERIFY(w.main->isHidden());
         w.main->slotExitApp(); // as an interrupt that meets it: the device is told once
+        CPlayerDatas::getInstance()->addFile("left over");
         w.main.reset();
+        QVERIFY(CPlayerDatas::getInstance()->isEmpty());
+        QVERIFY(hub.waitFor("player left"));
         QCOMPARE(hub.endWhenPlayerLeft().count(kAppSwitch), 1);
     }
 
@@ -338,6 +341,8 @@ private slots:
         QCOMPARE(w.main->geometry(), QRect(0, 0, gScreenW, gScreenH));
         QCOMPARE(w.page->geometry(), QRect(11, 22, gScreenW - 44, gScreenH - 66));
         QCOMPARE(w.bar->geometry(), QRect(0, gScreenH - 66 - 80, gScreenW - 44, 80));
+        w.list->hide();
+        QCOMPARE(w.main->grab(QRect(0, 0, 1, 1)).toImage().pixelColor(0, 0), QColor(Qt::black));
         w.device.write(DevicePaths::kPositionConfig, "EGL_MARGIN=0,0,0,0\nEGL_PADDING=0,0,0,0\n");
         readPositionConfig();
     }
