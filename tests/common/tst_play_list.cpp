@@ -22,6 +22,7 @@ private slots:
         files->clearFiles();
         QVERIFY(files->isEmpty());
         files->addFile("C");
+        QVERIFY(files->next() && files->currentFile() == "C");
         CPlayerDatas::releaseInstance(); // the next one is empty
         QVERIFY(CPlayerDatas::getInstance()->isEmpty());
         CPlayerDatas::releaseInstance();

@@ -18,6 +18,7 @@
 #include <QLabel>
 #include <QListWidget>
 #include <QPushButton>
+#include <QScreen>
 #include <QSlider>
 #include <QtTest>
 
@@ -338,7 +339,7 @@ private slots:
                        "EGL_MARGIN=10,20,30,40\nEGL_PADDING=1,2,3,4\n");
         readPositionConfig();
         w.open();
-        QCOMPARE(w.main->geometry(), QRect(0, 0, gScreenW, gScreenH));
+        QCOMPARE(w.main->geometry(), QGuiApplication::primaryScreen()->geometry());
         QCOMPARE(w.page->geometry(), QRect(11, 22, gScreenW - 44, gScreenH - 66));
         QCOMPARE(w.bar->geometry(), QRect(0, gScreenH - 66 - 80, gScreenW - 44, 80));
         w.list->hide();

@@ -92,8 +92,10 @@ private slots:
         QFETCH(QByteArray, markAndPlay);
         QFETCH(QByteArray, exit);
         const TestDevice device({"silent.mp4"});
+        TestDevice::write(DevicePaths::kPositionConfig, "EGL_MARGIN=1,2,3,4\n");
         HubProcess hub;
         Program program(arguments);
+        QVERIFY(program.prints("Margin: L T R B = 1   2   3   4"));
         QVERIFY(program.takesKeys());
         Program::key(markAndPlay);
         QVERIFY(program.prints("slotPagePlayerListToPagePlayer() ..."));
