@@ -1,6 +1,7 @@
 #include "render/CGLWndPlayer.h"
 
 #include "platform/direct_texture.h"
+#include "render/CRehearsal.h"
 
 #include <QMutex>
 #include <QMutexLocker>
@@ -113,6 +114,8 @@ void CGLWndPlayer::resizeGL(int w, int h)
 
 void CGLWndPlayer::paintGL()
 {
+    if (m_bHurried)
+        return;
     glClear(GL_COLOR_BUFFER_BIT);
     m_pVideoProgram->bind();
     m_pVideoProgram->setUniformValue(m_nSwitchUniform, m_nSwitch);

@@ -3,6 +3,7 @@
 // Thread          Runs here
 // GUI thread      everything but OnVideoData()
 // engine worker   OnVideoData(): stores a frame and waits until paintGL() has drawn it
+// rehearsal       between startRehearsal() and endRehearsal(): all that uses the context
 //
 // Lock: m_pMutex guards the pending frame and m_bNewFrame, and m_pWaitCond belongs to it. It is
 // never held while drawing, nor together with a lock of the engine. At most one frame is pending.
@@ -20,7 +21,9 @@
 
 #include <QOpenGLFunctions>
 #include <QOpenGLWidget>
+#include <QScopedPointer>
 
+class CRehearsal;
 class QMutex;
 class QOpenGLBuffer;
 class QOpenGLShaderProgram;
@@ -54,6 +57,12 @@ public:
     // waiting too.
     void refuseFrames(bool refuse);
 
+    // Makes the surface ready while it is hidden and has never been shown, so that showing it takes
+    // no longer than later: the short part at once, the long one in a thread. Nobody may use the
+    // surface until endRehearsal(), which waits for that thread.
+    void startRehearsal();
+    void endRehearsal();
+
     bool m_bVideo = false; // video is on; grey without labels while false
 
 protected:
@@ -81,6 +90,8 @@ private:
     void makeVideoTexture();
     void setUpAttributes();
     void makeLabelTexture();
+    bool canRehearse() const;
+    void drawUnseen();
 
     void waitFrameDrawn(); // worker; called locked
     Frame pendingFrame();
@@ -112,6 +123,9 @@ private:
     bool m_bNewFrame = false; // under m_pMutex
     bool m_bRefuse = false;   // under m_pMutex
     bool m_bPicture = false;  // GUI thread: the texture holds a frame that may be shown
+
+    bool m_bHurried = false; // GUI thread: what takes long is left out for now
+    QScopedPointer<CRehearsal> m_pRehearsal;
 
     QMutex* m_pMutex;
     QWaitCondition* m_pWaitCond;

@@ -1,6 +1,9 @@
 // CGLWndPlayer's GL objects: what is made once and released at the end.
 #include "render/CGLWndPlayer.h"
 
+#include "render/CRehearsal.h"
+
+#include <QCoreApplication>
 #include <QDebug>
 #include <QFile>
 #include <QImage>
@@ -8,7 +11,9 @@
 #include <QOpenGLShaderProgram>
 #include <QOpenGLTexture>
 #include <QOpenGLVertexArrayObject>
+#include <QResizeEvent>
 #include <QTextStream>
+#include <QWindow>
 
 #include <cstdio>
 
@@ -87,7 +92,8 @@ void CGLWndPlayer::initializeGL()
     makeLabelProgram();
     makeVideoTexture();
     setUpAttributes();
-    makeLabelTexture();
+    if (!m_bHurried)
+        makeLabelTexture();
 }
 
 void CGLWndPlayer::makeQuad()
@@ -153,8 +159,45 @@ void CGLWndPlayer::makeLabelTexture()
     m_pLabelTexture->setMagnificationFilter(QOpenGLTexture::Linear);
 }
 
+// A window that holds no GL yet is made anew when the surface is shown, and its context with it:
+// everything would be done twice.
+bool CGLWndPlayer::canRehearse() const
+{
+    const QWindow* frame = window()->windowHandle();
+    return !context() && frame && frame->surfaceType() != QSurface::RasterSurface &&
+           QOpenGLContext::supportsThreadedOpenGL();
+}
+
+void CGLWndPlayer::startRehearsal()
+{
+    if (!canRehearse())
+        return;
+    m_bHurried = true;
+    QResizeEvent firstShow(size(), size()); // the widget makes its context when it gets one
+    QCoreApplication::sendEvent(this, &firstShow);
+    m_bHurried = false;
+    makeCurrent();
+    if (isValid())
+        m_pRehearsal.reset(new CRehearsal([this] { drawUnseen(); }));
+}
+
+void CGLWndPlayer::drawUnseen()
+{
+    makeLabelTexture();
+    glBindFramebuffer(GL_FRAMEBUFFER, defaultFramebufferObject());
+    paintGL();
+    drawLabels();
+    glFinish();
+}
+
+void CGLWndPlayer::endRehearsal()
+{
+    m_pRehearsal.reset();
+}
+
 void CGLWndPlayer::slotReleaseObjects()
 {
+    endRehearsal();
     m_bPicture = false;
     makeCurrent();
     releaseProgram(m_pVideoProgram);

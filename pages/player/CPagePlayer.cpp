@@ -101,6 +101,7 @@ void CPagePlayer::createHideTimer()
 
 void CPagePlayer::enterPage()
 {
+    m_pGLWndPlayer->endRehearsal();
     m_nLastEventTimeUs = currentTimeUs();
     m_pHideTimer->start();
     m_pPlayerControl->showControl();
@@ -211,6 +212,7 @@ void CPagePlayer::slotKeyEventUpdate()
 
 void CPagePlayer::slotRehearse()
 {
+    m_pGLWndPlayer->startRehearsal(); // first: making a context waits while a library is loaded
     m_pPlayer->loadAhead();
 }
 

@@ -133,6 +133,7 @@ private slots:
         QTRY_VERIFY(qobject_cast<QPushButton*>(QApplication::focusWidget()));
         // Made ready for the first playback.
         QVERIFY(QTest::qWaitFor([] { return isLoaded("libav"); }, kLimitMs));
+        QVERIFY(w.surface->context());
         Window::key(Qt::Key_Return);
         QCOMPARE(leaves.count(), 1);
         QVERIFY(w.main->isHidden());
@@ -149,6 +150,7 @@ private slots:
         const Window w({"quads.mp4", "silent.mp4"});
         QElapsedTimer clock;
         clock.start();
+        w.page->slotRehearse(); // which the playback overtakes
         w.play();
         QVERIFY(w.page->isVisible() && w.list->isHidden());
         QCOMPARE(QApplication::focusWidget(), w.buttons[0]);

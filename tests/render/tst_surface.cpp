@@ -191,6 +191,21 @@ private slots:
         labelsStandInTheirCorners();
     }
 
+    // Made ready unseen, one draws as any other; and one can go in the middle of it.
+    void rehearsesUnseen()
+    {
+        CGLWndPlayer(m_window.get()).startRehearsal();
+        m_surface = new CGLWndPlayer(m_window.get());
+        m_surface->resize(320, 240);
+        m_surface->m_bVideo = true;
+        m_surface->startRehearsal();
+        m_surface->endRehearsal();
+        m_surface->show();
+        drawFrame();
+        QCOMPARE(shows(), QStringLiteral("rgbw"));
+        QVERIFY(drawnIn(picture(), QRect(120, 80, 30, 30)) > 50);
+    }
+
     void hiddenHandOffEnds_data()
     {
         columns<QString, QString>({"by", "expected"});
