@@ -79,10 +79,8 @@ void CPlayer::initPipeline()
 
 void CPlayer::loadAhead()
 {
-    if (m_pLoader)
-        return;
-    m_pLoader = new CPluginLoader;
-    m_pLoader->start();
+    if (!m_pLoader)
+        m_pLoader = new CPluginLoader;
 }
 
 void CPlayer::releasePipeline()

@@ -4,16 +4,20 @@
 // started meanwhile waits for the plugin that is being loaded and is no slower than without this.
 #pragma once
 
-#include <QThread>
+#include <atomic>
+#include <thread>
 
-class CPluginLoader : public QThread
+class CPluginLoader
 {
-    Q_OBJECT
-
 public:
-    using QThread::QThread;    // after gst_init()
-    ~CPluginLoader() override; // waits for the plugin that is being loaded
+    CPluginLoader();  // starts at once; after gst_init()
+    ~CPluginLoader(); // waits for the plugin that is being loaded
+    CPluginLoader(const CPluginLoader&) = delete;
+    CPluginLoader& operator=(const CPluginLoader&) = delete;
 
-protected:
-    void run() override;
+private:
+    void run();
+
+    std::atomic<bool> m_bQuit{false};
+    std::thread m_Thread; // last: it uses what stands above
 };
