@@ -5,6 +5,7 @@
 #include <QOpenGLContext>
 #include <QOpenGLFunctions>
 
+#include <algorithm>
 #include <utility>
 
 #include <libyuv.h>
@@ -12,6 +13,7 @@
 namespace {
 
 constexpr int kRgbaBytes = 4;
+constexpr int kBandRows = 64; // even, for two rows share their colours
 constexpr GLuint kUsesLogical = 0xFFFFFFFF;
 
 size_t pixelsOf(int width, int height)
@@ -106,34 +108,41 @@ void DirectTextures::invalidate(GLenum target)
     }
     if (bytes == 0 || !pixels)
         return;
-    convert(source, pixels);
-    upload(target, source);
-}
-
-// libyuv names formats by the order within a little-endian word: its ABGR is RGBA in memory.
-void DirectTextures::convert(const Source& source, const uint8_t* pixels)
-{
-    const int width = source.width;
-    const int height = source.height;
-    const int rowBytes = width * kRgbaBytes;
-    m_vecRgba.resize(pixelsOf(width, height) * kRgbaBytes);
-    uint8_t* out = m_vecRgba.data();
-    if (source.format == kFormatNv12) {
-        libyuv::NV12ToABGR(pixels, width, pixels + pixelsOf(width, height), width, out, rowBytes,
-                           width, height);
-    } else {
-        libyuv::YUY2ToARGB(pixels, width * 2, out, rowBytes, width, height);
-        libyuv::ARGBToABGR(out, rowBytes, out, rowBytes, width, height);
-    }
+    upload(target, source, pixels);
 }
 
 // Always the whole image: what the texture held before may have been replaced by someone else,
-// and drivers keep the storage when the size stays.
-void DirectTextures::upload(GLenum target, const Source& source)
+// and drivers keep the storage when the size stays. In bands, whose pixels are still in the
+// processor's cache when the driver takes them.
+void DirectTextures::upload(GLenum target, const Source& source, const uint8_t* pixels)
 {
-    gl()->glTexImage2D(target, 0, GL_RGBA, source.width, source.height, 0, GL_RGBA,
-                       GL_UNSIGNED_BYTE, m_vecRgba.data());
+    const int width = source.width;
+    gl()->glTexImage2D(target, 0, GL_RGBA, width, source.height, 0, GL_RGBA, GL_UNSIGNED_BYTE,
+                       nullptr);
+    for (int y = 0; y < source.height; y += kBandRows) {
+        const int rows = std::min(kBandRows, source.height - y);
+        convert(source, pixels, y, rows);
+        gl()->glTexSubImage2D(target, 0, 0, y, width, rows, GL_RGBA, GL_UNSIGNED_BYTE,
+                              m_vecRgba.data());
+    }
     ++hostCounters().uploads;
+}
+
+// libyuv names formats by the order within a little-endian word: its ABGR is RGBA in memory.
+void DirectTextures::convert(const Source& source, const uint8_t* pixels, int y, int rows)
+{
+    const int width = source.width;
+    const int rowBytes = width * kRgbaBytes;
+    m_vecRgba.resize(pixelsOf(width, kBandRows) * kRgbaBytes);
+    uint8_t* out = m_vecRgba.data();
+    if (source.format == kFormatNv12) {
+        const uint8_t* colours = pixels + pixelsOf(width, source.height) + pixelsOf(width, y / 2);
+        libyuv::NV12ToABGR(pixels + pixelsOf(width, y), width, colours, width, out, rowBytes, width,
+                           rows);
+    } else {
+        libyuv::YUY2ToARGB(pixels + pixelsOf(width, y) * 2, width * 2, out, rowBytes, width, rows);
+        libyuv::ARGBToABGR(out, rowBytes, out, rowBytes, width, rows);
+    }
 }
 
 void glTexDirectVIV(GLenum target, GLsizei width, GLsizei height, GLenum format, GLvoid** planes)

@@ -42,9 +42,9 @@ private:
     };
 
     void remember(GLenum target, Source source);
-    void convert(const Source& source, const uint8_t* pixels);
-    void upload(GLenum target, const Source& source);
+    void upload(GLenum target, const Source& source, const uint8_t* pixels);
+    void convert(const Source& source, const uint8_t* pixels, int y, int rows);
 
     std::map<GLuint, Source> m_mapSources; // by texture name
-    std::vector<uint8_t> m_vecRgba;        // converted pixels, used again for every frame
+    std::vector<uint8_t> m_vecRgba;        // converted pixels of some rows, used again and again
 };

@@ -13,7 +13,7 @@ namespace {
 
 constexpr int kLimitMs = QP_LIMIT_MS;
 constexpr int kWidth = 64;
-constexpr int kHeight = 48;
+constexpr int kHeight = 192; // more rows than are uploaded at once
 constexpr int kPixels = kWidth * kHeight;
 constexpr unsigned long kCopy = 0xFFFFFFFF;
 
