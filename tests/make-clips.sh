@@ -8,7 +8,7 @@
 #                         timestamps, for AVI knows no presentation times
 #   long.mp4              80 s, 320x240, 10 fps H.264, a key frame every 2 s, no audio
 #   quads.mp4             1 s, 320x240, 25 fps H.264, still: red upper left, the rest white
-#   odd.avi               0.8 s, 53x41, 10 fps MJPEG: both sizes odd, as many frames as there are
+#   odd.avi               0.5 s, 53x41, 10 fps MJPEG: both sizes odd, as many frames as there are
 #                         in physical memory
 #   tiny.avi              1 s, 1x1, 10 fps raw I420, brighter from frame to frame: the smallest
 #                         picture (in Matroska, which takes any size; GStreamer goes by content,
@@ -70,7 +70,7 @@ launch videotestsrc num-buffers=25 pattern=solid-color foreground-color=0xffff00
     ! $h264 quantizer=10 pass=quant ! h264parse ! mp4mux ! filesink location="$work/quads.mp4"
 keep quads.mp4
 
-launch videotestsrc num-buffers=8 ! "$(raw I420 53 41 10)" ! jpegenc ! avimux \
+launch videotestsrc num-buffers=5 ! "$(raw I420 53 41 10)" ! jpegenc ! avimux \
     ! filesink location="$work/odd.avi"
 keep odd.avi
 

@@ -218,8 +218,8 @@ private slots:
         QVERIFY(blockUntil([] { return s_nErrors > 0; }));
         w.page->slotPlayInMultiFileMode(); // before the errors arrive
         const unsigned drawn = hostCounters().uploads;
-        QTRY_COMPARE_WITH_TIMEOUT(hostCounters().uploads - drawn, 8U, kLimitMs);
-        QVERIFY(w.shows("/00:01")); // 0.8 s
+        QTRY_COMPARE_WITH_TIMEOUT(hostCounters().uploads - drawn, 5U, kLimitMs);
+        QVERIFY(w.shows("/00:01")); // 0.5 s
         QVERIFY(blockUntil([] { return s_nEnds > 0; }));
         w.buttons[1]->click(); // before the end arrives
         QTest::qWait(100);
