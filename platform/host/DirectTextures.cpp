@@ -75,20 +75,23 @@ void DirectTextures::allocate(GLenum target, GLsizei width, GLsizei height, GLen
 void DirectTextures::mapPhysical(GLenum target, GLsizei width, GLsizei height, GLenum format,
                                  GLuint physical)
 {
-    remember(target, {width, height, format, physical, nullptr, {}});
+    remember(target, {width, height, format, physical, nullptr, {}, {}});
 }
 
 void DirectTextures::mapLogical(GLenum target, GLsizei width, GLsizei height, GLenum format,
                                 const GLvoid* logical)
 {
-    remember(target, {width, height, format, 0, static_cast<const uint8_t*>(logical), {}});
+    remember(target, {width, height, format, 0, static_cast<const uint8_t*>(logical), {}, {}});
 }
 
 void DirectTextures::remember(GLenum target, Source source)
 {
     const GLuint texture = boundTexture(target);
-    if (texture != 0)
-        m_mapSources[texture] = std::move(source);
+    if (texture == 0)
+        return;
+    Source& last = m_mapSources[texture];
+    source.stored = last.stored;
+    last = std::move(source);
 }
 
 void DirectTextures::invalidate(GLenum target)
@@ -96,7 +99,7 @@ void DirectTextures::invalidate(GLenum target)
     const auto found = m_mapSources.find(boundTexture(target));
     if (found == m_mapSources.end())
         return;
-    const Source& source = found->second;
+    Source& source = found->second;
     const size_t bytes = frameBytes(source.width, source.height, source.format);
     // Kept until the end: the frame must not go while it is read.
     const auto block = PhysBlock::find(source.physical);
@@ -111,18 +114,19 @@ void DirectTextures::invalidate(GLenum target)
     upload(target, source, pixels);
 }
 
-// Always the whole image: what the texture held before may have been replaced by someone else,
-// and drivers keep the storage when the size stays. In bands, whose pixels are still in the
-// processor's cache when the driver takes them.
-void DirectTextures::upload(GLenum target, const Source& source, const uint8_t* pixels)
+// In bands, whose pixels are still in the processor's cache when the driver takes them. Saying the
+// size again would let the driver clear 8 MB for a frame of 1920x1080.
+void DirectTextures::upload(GLenum target, Source& source, const uint8_t* pixels)
 {
-    const int width = source.width;
-    gl()->glTexImage2D(target, 0, GL_RGBA, width, source.height, 0, GL_RGBA, GL_UNSIGNED_BYTE,
-                       nullptr);
+    const QSize size(source.width, source.height);
+    if (source.stored != size)
+        gl()->glTexImage2D(target, 0, GL_RGBA, size.width(), size.height(), 0, GL_RGBA,
+                           GL_UNSIGNED_BYTE, nullptr);
+    source.stored = size;
     for (int y = 0; y < source.height; y += kBandRows) {
         const int rows = std::min(kBandRows, source.height - y);
         convert(source, pixels, y, rows);
-        gl()->glTexSubImage2D(target, 0, 0, y, width, rows, GL_RGBA, GL_UNSIGNED_BYTE,
+        gl()->glTexSubImage2D(target, 0, 0, y, size.width(), rows, GL_RGBA, GL_UNSIGNED_BYTE,
                               m_vecRgba.data());
     }
     ++hostCounters().uploads;
