@@ -34,6 +34,16 @@ bool isSoftware(const QByteArray& renderer)
                        [&](const char* name) { return renderer.contains(name); });
 }
 
+// What nothing is drawn with, but a software renderer takes time and memory for: samples more than
+// half of the frame time, depth and stencil as much memory as the screen's picture.
+QSurfaceFormat withoutLuxury(QSurfaceFormat format)
+{
+    format.setSamples(0);
+    format.setDepthBufferSize(0);
+    format.setStencilBufferSize(0);
+    return format;
+}
+
 } // namespace
 
 QSurfaceFormat adaptPlatformSurfaceFormat(const QSurfaceFormat& format)
@@ -43,7 +53,5 @@ QSurfaceFormat adaptPlatformSurfaceFormat(const QSurfaceFormat& format)
     adapted.setVersion(2, 0);
     QSurfaceFormat probe = adapted;
     probe.setSamples(0);
-    if (isSoftware(rendererName(probe)))
-        adapted.setSamples(0);
-    return adapted;
+    return isSoftware(rendererName(probe)) ? withoutLuxury(adapted) : adapted;
 }
