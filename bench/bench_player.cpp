@@ -4,121 +4,34 @@
 //                                   a line for each frame: due, handed on, shown, in ms
 //   bench_player memory FILE        resident memory every ten seconds, and the peak
 //   bench_player stop FILE          how long stop, Back and the exit take while all frames are out
-//   bench_player cycles FILE COUNT  Play and Back, again and again: what grows
 // Needs a display and a build with a DEVICE_ROOT. bench/compare sets it beside other programs.
-#include "app/CPageMain.h"
 #include "app/DisplaySettings.h"
 #include "app/HeapSettings.h"
-#include "common/DevicePaths.h"
-#include "pages/player/CPagePlayer.h"
-#include "pages/player/CPagePlayerControl.h"
+#include "bench/OwnPlayer.h"
 #include "platform/host/FramePool.h"
 #include "platform/host/HostCounters.h"
 #include "platform/phymem.h"
 #include "player/CPlayer.h"
 #include "player/EngineClock.h"
-#include "render/CGLWndPlayer.h"
 
-#include <QApplication>
-#include <QDir>
-#include <QElapsedTimer>
-#include <QEventLoop>
-#include <QFileInfo>
-#include <QListWidget>
 #include <QMutex>
-#include <QPushButton>
 #include <QScreen>
-#include <QTemporaryDir>
-#include <QTimer>
 
 #include <algorithm>
 #include <cstdio>
-#include <functional>
 #include <map>
-#include <memory>
 #include <vector>
 
 #include <gst/app/gstappsink.h>
 
 namespace {
 
-// Sleeps between the events. The timer sees to it that there are some; processEvents() with a limit
-// would spin.
-bool waitFor(const std::function<bool()>& condition, int limitMs)
-{
-    constexpr int kTickMs = 10;
-    QElapsedTimer clock;
-    clock.start();
-    QTimer ticks;
-    ticks.start(kTickMs);
-    while (!condition() && clock.elapsed() < limitMs)
-        QApplication::processEvents(QEventLoop::WaitForMoreEvents);
-    return condition();
-}
-
-void pass(int ms)
-{
-    waitFor([] { return false; }, ms);
-}
-
-double megabytes(const char* field)
-{
-    QFile status("/proc/self/status");
-    status.open(QIODevice::ReadOnly);
-    for (const QByteArray& line : status.readAll().split('\n'))
-        if (line.startsWith(field))
-            return line.simplified().split(' ')[1].toDouble() / 1024;
-    return 0;
-}
-
-int entries(const char* folder)
-{
-    return QDir(folder).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::System).size();
-}
-
-// The player on a device whose only recordings are these files.
-class Player
-{
-public:
-    explicit Player(const QStringList& files)
-    {
-        for (const QString& file : files)
-            QFile::link(QFileInfo(file).absoluteFilePath(),
-                        m_root.filePath(QFileInfo(file).fileName()));
-        QDir().mkpath(QFileInfo(DevicePaths::kSystemConfig).path());
-        QFile config(DevicePaths::kSystemConfig);
-        config.open(QIODevice::WriteOnly);
-        config.write(m_root.path().toLocal8Bit());
-        config.close();
-        m_window = std::make_unique<CPageMain>(nullptr);
-        page = m_window->findChild<CPagePlayer*>();
-        list = m_window->findChild<QListWidget*>();
-        bar = page->findChild<CPagePlayerControl*>();
-        pass(300);
-    }
-    void play(int row)
-    {
-        list->item(row)->setCheckState(Qt::Checked);
-        list->parentWidget()->findChild<QPushButton*>()->click();
-    }
-    void back() { bar->findChildren<QPushButton*>().last()->click(); }
-    void close() { m_window.reset(); }
-
-    CPagePlayer* page = nullptr;
-    QListWidget* list = nullptr;
-    CPagePlayerControl* bar = nullptr;
-
-private:
-    QTemporaryDir m_root;
-    std::unique_ptr<CPageMain> m_window;
-};
-
 void road(const QString& folder)
 {
     QStringList files;
     for (const QFileInfo& info : QDir(folder).entryInfoList({"*.avi", "*.mp4"}, QDir::Files))
         files << info.filePath();
-    Player player(files);
+    OwnPlayer player(files);
     for (int row = 0; row < files.size(); ++row) {
         const QString name = player.list->item(row)->text();
         const unsigned exported = hostCounters().framesExported;
@@ -232,6 +145,8 @@ void Pace::print() const
 
 void pace(const QString& file)
 {
+    const OwnPlayer list({file});
+    pass(2000); // what the program does ahead, it does while the list stands
     QWidget window;
     window.resize(QGuiApplication::primaryScreen()->size());
     CGLWndPlayer surface(&window);
@@ -253,7 +168,7 @@ void pace(const QString& file)
 
 void memory(const QString& file)
 {
-    Player player({file});
+    OwnPlayer player({file});
     QElapsedTimer clock;
     clock.start();
     QTimer ticks;
@@ -277,20 +192,19 @@ void stop(const QString& file)
     const auto report = [&](const char* what) {
         std::printf("%-22s %lld ms\n", what, static_cast<long long>(clock.elapsed()));
     };
-    Player player({file});
-    QPushButton* stopButton = player.bar->findChildren<QPushButton*>()[1];
+    OwnPlayer player({file});
     player.play(0);
     for (const char* what : {"stop while playing", "stop again"}) {
         waitPoolEmpty();
         clock.start();
-        stopButton->click();
+        player.stop();
         report(what);
-        player.bar->findChildren<QPushButton*>()[0]->click();
+        player.button(0)->click();
     }
     waitPoolEmpty();
-    player.bar->findChildren<QPushButton*>()[0]->click(); // pause
+    player.button(0)->click(); // pause
     clock.start();
-    stopButton->click();
+    player.stop();
     report("stop while paused");
     player.back();
     player.play(0);
@@ -305,24 +219,6 @@ void stop(const QString& file)
     report("window closed, playing");
 }
 
-void cycles(const QString& file, int count)
-{
-    Player player({file});
-    for (int i = 1; i <= count; ++i) {
-        const unsigned uploads = hostCounters().uploads;
-        player.play(0);
-        waitFor([&] { return hostCounters().uploads > uploads + 5; }, 10000);
-        player.back();
-        pass(50);
-        if (i == 5 || i == count)
-            std::printf("after %3d: %d threads, %d descriptors, %.1f MB, %d frames out\n", i,
-                        entries("/proc/self/task"), entries("/proc/self/fd"), megabytes("VmRSS"),
-                        hostCounters().framesOut.load());
-    }
-    player.close();
-    gst_deinit(); // with GST_TRACERS=leaks what is still alive is listed now
-}
-
 } // namespace
 
 int main(int argc, char** argv)
@@ -331,7 +227,7 @@ int main(int argc, char** argv)
     QApplication app(argc, argv);
     const QStringList arguments = QApplication::arguments();
     if (arguments.size() < 3) {
-        std::fprintf(stderr, "usage: bench_player road|pace|memory|stop|cycles FILE [COUNT]\n");
+        std::fprintf(stderr, "usage: bench_player road|pace|memory|stop FILE\n");
         return EXIT_FAILURE;
     }
     readScreenSize();
@@ -347,7 +243,5 @@ int main(int argc, char** argv)
         memory(arguments[2]);
     else if (command == "stop")
         stop(arguments[2]);
-    else if (command == "cycles")
-        cycles(arguments[2], arguments.value(3, QStringLiteral("30")).toInt());
     return EXIT_SUCCESS;
 }
