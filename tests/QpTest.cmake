@@ -1,34 +1,18 @@
-# qp_add_test(NAME LIBS lib... [DISPLAY] [DEVICE] [CLIPS])
-# One QtTest program from NAME.cpp, linked to the folders' libraries.
+# qp_add_test(FOLDER/NAME LIBS lib... [DISPLAY] [DEVICE] [CLIPS] [STARTS (MACRO TARGET)...])
+# One QtTest program from FOLDER/NAME.cpp, linked to the folders' libraries.
 #   DISPLAY  it opens windows or draws: never beside another one on the same display (focus is global)
 #   DEVICE   it writes the device's files below DEVICE_ROOT; left out of builds without a root
 #   CLIPS    it plays clips: they have to be made first
+#   STARTS   it starts TARGET as a process of its own; the macro is the path
 # The macros CLIP_DIR and QP_LIMIT_MS are the clips' folder and the limit of any wait.
-set(QP_REPORTS
-    "QObject::connect:|QObject::disconnect:|-CRITICAL \\*\\*|-WARNING \\*\\*|AddressSanitizer|LeakSanitizer|ThreadSanitizer:|runtime error:")
-
-function(qp_test_properties name)
-  cmake_parse_arguments(ARG "DISPLAY;DEVICE" "" "" ${ARGN})
-  set_tests_properties(${name} PROPERTIES
-    FAIL_REGULAR_EXPRESSION "${QP_REPORTS}"
-    ENVIRONMENT "${QP_TEST_ENVIRONMENT}")
-  if(ARG_DISPLAY)
-    set_property(TEST ${name} APPEND PROPERTY RESOURCE_LOCK display)
-    set_property(TEST ${name} PROPERTY COST 100) # first: they take turns, the others fill the gaps
-    set_property(TEST ${name} APPEND PROPERTY LABELS display)
-  endif()
-  if(ARG_DEVICE)
-    set_property(TEST ${name} APPEND PROPERTY RESOURCE_LOCK device)
-  endif()
-endfunction()
-
-function(qp_add_test name)
-  cmake_parse_arguments(ARG "DISPLAY;DEVICE;CLIPS" "" "LIBS" ${ARGN})
+function(qp_add_test path)
+  cmake_parse_arguments(ARG "DISPLAY;DEVICE;CLIPS" "" "LIBS;STARTS" ${ARGN})
+  get_filename_component(name ${path} NAME)
   if(ARG_DEVICE AND NOT DEVICE_ROOT)
     message(STATUS "${name} is left out: it needs a DEVICE_ROOT to write to")
     return()
   endif()
-  add_executable(${name} ${name}.cpp)
+  add_executable(${name} ${path}.cpp)
   target_link_libraries(${name} PRIVATE ${ARG_LIBS} Qt5::Test)
   target_compile_definitions(${name} PRIVATE
     QP_LIMIT_MS=${QP_LIMIT_MS} CLIP_DIR="${QP_CLIP_DIR}")
@@ -39,25 +23,28 @@ function(qp_add_test name)
         ${PROJECT_SOURCE_DIR}/tests/with-renderer.sh ${CMAKE_CROSSCOMPILING_EMULATOR})
     endif()
   endif()
-  if(ARG_CLIPS)
-    add_dependencies(${name} clips)
-  endif()
   add_test(NAME ${name} COMMAND ${name})
-  set(flags)
+  set_tests_properties(${name} PROPERTIES
+    FAIL_REGULAR_EXPRESSION "${QP_REPORTS}"
+    ENVIRONMENT "${QP_TEST_ENVIRONMENT}")
   if(ARG_DISPLAY)
-    list(APPEND flags DISPLAY)
+    set_property(TEST ${name} APPEND PROPERTY RESOURCE_LOCK display)
+    set_property(TEST ${name} PROPERTY COST 100) # first: they take turns, the others fill the gaps
   endif()
   if(ARG_DEVICE)
-    list(APPEND flags DEVICE)
+    set_property(TEST ${name} APPEND PROPERTY RESOURCE_LOCK device)
   endif()
-  qp_test_properties(${name} ${flags})
   if(ARG_CLIPS)
-    set_property(TEST ${name} APPEND PROPERTY LABELS clips)
+    add_dependencies(${name} clips)
+    set_property(TEST ${name} PROPERTY LABELS clips)
   endif()
+  while(ARG_STARTS)
+    list(POP_FRONT ARG_STARTS macro target)
+    qp_test_starts(${name} ${macro} ${target})
+  endwhile()
 endfunction()
 
-# qp_test_starts(NAME MACRO TARGET): the test starts TARGET as a process of its own; the macro is its
-# path. An emulated test cannot start an emulated program directly: a script stands between them.
+# An emulated test cannot start an emulated program directly: a script stands between them.
 function(qp_test_starts name macro target)
   set(path $<TARGET_FILE:${target}>)
   if(CMAKE_CROSSCOMPILING)
@@ -71,6 +58,15 @@ function(qp_test_starts name macro target)
   add_dependencies(${name} ${target})
   target_compile_definitions(${name} PRIVATE ${macro}="${path}")
 endfunction()
+
+# Made once, at build time.
+set(QP_CLIP_DIR ${CMAKE_BINARY_DIR}/clips)
+add_custom_command(
+  OUTPUT ${QP_CLIP_DIR}/.made
+  COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/make-clips.sh ${QP_CLIP_DIR}
+  DEPENDS make-clips.sh
+  COMMENT "Making the test clips")
+add_custom_target(clips DEPENDS ${QP_CLIP_DIR}/.made)
 
 # Emulated, a program cannot be traced, which the leak check needs, and file status is not looked up
 # in the sysroot, which the search for plugins needs. with-renderer.sh says what draws.
@@ -86,6 +82,8 @@ if(CMAKE_CROSSCOMPILING)
       "GALLIUM_DRIVER=virpipe")
 endif()
 
+set(QP_REPORTS
+    "QObject::connect:|QObject::disconnect:|-CRITICAL \\*\\*|-WARNING \\*\\*|AddressSanitizer|LeakSanitizer|ThreadSanitizer:|runtime error:")
 set(QP_TEST_ENVIRONMENT
     "UBSAN_OPTIONS=print_stacktrace=1"
     "ASAN_OPTIONS=detect_leaks=${QP_LEAK_CHECK}"

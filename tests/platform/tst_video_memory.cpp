@@ -1,18 +1,11 @@
-// Physical memory and what reads it: the made-up addresses, GStreamer's view of a block, repaired
-// times, pictures of odd sizes, and frames that the textures must refuse.
-#include "platform/SurfaceFormat.h"
-#include "platform/direct_texture.h"
+// Physical memory and what fills it: the made-up addresses, pictures of odd sizes, the pool of
+// frames and repaired times.
 #include "platform/host/FrameCopy.h"
 #include "platform/host/FramePool.h"
-#include "platform/host/HostCounters.h"
 #include "platform/host/PhysBlock.h"
-#include "platform/host/PhysMemory.h"
 #include "platform/host/TimestampRepair.h"
 #include "tests/Rows.h"
 
-#include <QOffscreenSurface>
-#include <QOpenGLContext>
-#include <QOpenGLFunctions>
 #include <QTest>
 
 #include <chrono>
@@ -23,6 +16,7 @@ class tst_video_memory : public QObject
     Q_OBJECT
 
 private slots:
+    void initTestCase() { gst_init(nullptr, nullptr); }
     void livingBlocksKeepTheirAddress()
     {
         constexpr size_t kLarge = 64U << 20U;
@@ -37,18 +31,6 @@ private slots:
         }
         QCOMPARE(PhysBlock::find(kept->physical()), kept);
         QVERIFY(!PhysBlock::find(gone));
-    }
-
-    void buffersInSeveralPiecesAreNone()
-    {
-        gst_init(nullptr, nullptr);
-        GstBuffer* buffer = gst_buffer_new();
-        QVERIFY(!gst_buffer_is_phymem(buffer));
-        gst_buffer_append_memory(buffer, newPhysMemory(PhysBlock::make(100)));
-        QVERIFY(gst_buffer_is_phymem(buffer));
-        gst_buffer_append_memory(buffer, gst_allocator_alloc(nullptr, 10, nullptr));
-        QVERIFY(!gst_buffer_is_phymem(buffer));
-        gst_buffer_unref(buffer);
     }
 
     void oddSizesAreRoundedUp()
@@ -130,35 +112,7 @@ private slots:
         repair.reset(0); // after a seek back earlier times are right
         QCOMPARE(repair.repaired(0, 40 * GST_MSECOND), GstClockTime(0));
     }
-
-    void texturesRefuseBadFrames()
-    {
-        QOffscreenSurface surface;
-        surface.setFormat(adaptPlatformSurfaceFormat(QSurfaceFormat()));
-        surface.create();
-        QOpenGLContext context;
-        context.setFormat(surface.format());
-        QVERIFY(context.create() && context.makeCurrent(&surface) && context.isOpenGLES());
-        context.functions()->glBindTexture(GL_TEXTURE_2D, 1);
-
-        auto block = PhysBlock::make(4 * 2 * 3 / 2);
-        const GLuint physical = block->physical();
-        const auto uploads = [&](int width, int height, GLuint format) {
-            hostCounters().uploads = 0;
-            glTexDirectVIVMap(GL_TEXTURE_2D, width, height, format, nullptr, &physical);
-            glTexDirectInvalidateVIV(GL_TEXTURE_2D);
-            return hostCounters().uploads.load();
-        };
-        QCOMPARE(uploads(4, 2, kFormatNv12), 1U);
-        QCOMPARE(uploads(640, 480, kFormatNv12), 0U); // more than the block has
-        QCOMPARE(uploads(3, 2, kFormatNv12), 0U);
-        QCOMPARE(uploads(4, 1, kFormatNv12), 0U);
-        QCOMPARE(uploads(0, 0, kFormatPacked16), 0U);
-        QCOMPARE(uploads(4, 2, 0x8FC0), 0U); // another format
-        block.reset();
-        QCOMPARE(uploads(4, 2, kFormatNv12), 0U);
-    }
 };
 
-QTEST_MAIN(tst_video_memory)
+QTEST_GUILESS_MAIN(tst_video_memory)
 #include "tst_video_memory.moc"

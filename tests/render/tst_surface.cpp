@@ -1,4 +1,4 @@
-// The video surface: pixels of every view, and the hand-off.
+// The video surface: pixels of every view, the hand-off, and the pictures that are compiled in.
 #include "platform/SurfaceFormat.h"
 #include "platform/host/PhysBlock.h"
 #include "render/CGLWndPlayer.h"
@@ -137,6 +137,30 @@ private slots:
         QTEST(shows(), "expected");
     }
 
+    // One picture pixel is five wide here: what lies between two of them is a mixture, but at the
+    // edges there is nothing to mix with.
+    void scalesSmoothly()
+    {
+        drawFrame();
+        const QImage shown = picture();
+        for (const int x : {159, 160})
+            QVERIFY(shown.pixelColor(x, 60).red() > 60 && shown.pixelColor(x, 60).green() > 60);
+        QVERIFY(shown.pixelColor(0, 60).green() < 10 && shown.pixelColor(60, 0).blue() < 10);
+    }
+
+    // Of a block that has gone, or is too short, nothing is read.
+    void badBlocksAreNotRead()
+    {
+        auto block = PhysBlock::make(kPixels * 3 / 2 - 1);
+        const unsigned long address = block->physical();
+        memset(block->data(), 255, block->size());
+        for (int i = 0; i < 2; ++i) {
+            QVERIFY(HandOff(m_surface, 1, address, nullptr).ends());
+            QCOMPARE(shows(), QStringLiteral("kkkk"));
+            block.reset();
+        }
+    }
+
     void labelsStandInTheirCorners()
     {
         std::fill(m_nv12.begin(), m_nv12.begin() + kPixels, 16); // black: labels are plain
@@ -230,11 +254,36 @@ private slots:
         if (by == "show")
             m_surface->update(); // showing alone does not repaint what was painted before
         QVERIFY(handOff.ends());
-        if (by == "refuse")
+        if (by == "refuse") {
             QVERIFY(HandOff(m_surface, 1, kCopy, nullptr).ends()); // never read
-        m_surface->refuseFrames(false);
+            m_surface->refuseFrames(false);
+        }
         m_nv12 = {}; // what the engine does with the frame's memory
         QTEST(shows(), "expected");
+    }
+
+    void picturesAreCompiledIn()
+    {
+        const QString names =
+            "play.png,pause.png,stop.png,backward.png,step.png,openfile.png,text.png,s1.png,s2.png,"
+            "videoIcon.png,background1.jpg,background2.jpg,background3.jpg,background7.png,"
+            "background10.jpg,00.png,11.png,22.png,33.png,44.png,purchase_order.png,tasks.png,"
+            "company_logo.png,playlist.png,playlist (1).png,playlist (2).png";
+        for (const QString& name : names.split(','))
+            QVERIFY2(!QImage(":/image/" + name).isNull(), qPrintable(name));
+    }
+
+    // Where they are drawn, no rim shows.
+    void labelsAreWhiteAndApart()
+    {
+        const QImage labels(":/image/text.png");
+        QCOMPARE(labels.size(), QSize(1024, 256));
+        for (int x = 0; x < labels.width(); ++x)
+            for (int y = 0; y < labels.height(); ++y) {
+                const QRgb pixel = labels.pixel(x, y);
+                const bool edge = (x + 1) % 256 < 2 || (y + 1) % 256 < 2;
+                QVERIFY((pixel & RGB_MASK) == RGB_MASK && !(edge && qAlpha(pixel) > 0));
+            }
     }
 
 private:
