@@ -1,5 +1,7 @@
 // The control bar on screen, driven by real keys and clicks.
 #include "common/globals.h"
+#include "common/noFocusStyle.h"
+#include "common/noFocusStyle_1.h"
 #include "pages/player/CPagePlayerControl.h"
 #include "tests/Rows.h"
 
@@ -8,7 +10,10 @@
 #include <QPainter>
 #include <QPushButton>
 #include <QSlider>
+#include <QStyleOption>
 #include <QtTest>
+
+#include <functional>
 
 namespace {
 
@@ -112,12 +117,9 @@ private slots:
 
     void heldKeyActsOnce()
     {
-        for (const bool twoKeyMode : {false, true}) {
-            g_bTwoKeyMode = twoKeyMode;
-            QKeyEvent repeated(QEvent::KeyPress, Qt::Key_Right, Qt::NoModifier, QString(), true);
-            QApplication::sendEvent(m_vecButtons[0], &repeated);
-            QCOMPARE(state(), QString("0"));
-        }
+        QKeyEvent repeated(QEvent::KeyPress, Qt::Key_Right, Qt::NoModifier, QString(), true);
+        QApplication::sendEvent(m_vecButtons[0], &repeated);
+        QCOMPARE(state(), QString("0"));
     }
 
     void clickIsOneCommand()
@@ -189,8 +191,11 @@ private slots:
     {
         const QStringList names{"play", "stop", "backward", "step", "openfile"};
         const QPixmap ring(":/image/s1.png");
+        int x = 30;
         for (int i = 0; i < names.size(); ++i) {
             QPushButton* button = m_vecButtons[i];
+            QCOMPARE(button->x(), x);
+            x += button->width();
             QCOMPARE(button->iconSize(), QSize(38, 38));
             QCOMPARE(picture(button->icon()), picture(QIcon(":/image/" + names[i] + ".png")));
             m_pPage->setFocus();
@@ -199,7 +204,44 @@ private slots:
             button->setFocus();
             QCOMPARE(button->grab().toImage(), drawn);
         }
-        QCOMPARE(m_pBar->grab().toImage().pixelColor(2, 40), QColor(79, 101, 118));
+        m_pBar->resetTime();
+        QTRY_VERIFY(m_pLabel->width() > 100); // laid out
+        const QImage bar = m_pBar->grab().toImage();
+        for (const QPoint& empty : {QPoint(2, 40), m_vecButtons[0]->pos() + QPoint(1, 1)})
+            QCOMPARE(bar.pixelColor(empty), QColor(79, 101, 118));
+        QCOMPARE(bar.pixelColor(400, m_pSlider->geometry().center().y()), QColor("#575757"));
+        QCOMPARE(m_pSlider->geometry().topLeft(), QPoint(10, 0));
+        QCOMPARE(m_pLabel->geometry().bottom() + 1, 80 - 11);
+        QCOMPARE(m_pLabel->fontInfo().pixelSize(), 23);
+        QVERIFY(m_pLabel->font().bold());
+        const int after = 790 - m_pLabel->geometry().right() - 1;
+        QVERIFY(qAbs(m_pLabel->x() - x - 3 * after) <= 3);
+    }
+
+    // From the widget's corner, whatever rectangle it is for, and 8 larger than that.
+    void framesFollowTheirRectangle()
+    {
+        const auto drawn = [](const std::function<void(QPainter*)>& draw) {
+            QImage image(120, 60, QImage::Format_ARGB32_Premultiplied);
+            image.fill(Qt::white);
+            QPainter painter(&image);
+            draw(&painter);
+            return image;
+        };
+        const auto frame = [&](const QStyle& style) {
+            return drawn([&](QPainter* painter) {
+                QStyleOptionFocusRect option;
+                option.rect = QRect(5, 5, 92, 32);
+                style.drawPrimitive(QStyle::PE_FrameFocusRect, &option, painter);
+            });
+        };
+        const auto scaled = [&](const char* name, Qt::AspectRatioMode mode) {
+            return drawn([&](QPainter* painter) {
+                painter->drawPixmap(0, 0, QPixmap(name).scaled(100, 40, mode));
+            });
+        };
+        QCOMPARE(frame(noFocusStyle()), scaled(":/image/s1.png", Qt::KeepAspectRatio));
+        QCOMPARE(frame(noFocusStyle_1()), scaled(":/image/s2.png", Qt::IgnoreAspectRatio));
     }
 
 private:
