@@ -67,8 +67,11 @@ void CPagePlayerList::moveFocus(ListAction move)
         makeCurrent(to.row);
     if (QWidget* target = widgetAt(to.place))
         target->setFocus(Qt::OtherFocusReason);
-    if (to.place == FocusPlace::List)
-        makeCurrent(to.row);
+    if (to.place != FocusPlace::List)
+        return;
+    makeCurrent(to.row);
+    // As the focus came, the list may have made the row current itself, which does not scroll.
+    m_pListWidget->scrollToItem(m_pListWidget->currentItem());
 }
 
 bool CPagePlayerList::confirm()

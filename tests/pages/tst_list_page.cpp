@@ -196,9 +196,10 @@ private slots:
         QStringList tree{QString(80, 'x') + ".avi"};
         for (char name = 'a'; name <= 'v'; ++name)
             tree << name + QString(".avi");
-        QFile picture(":/image/videoIcon.png");
-        QVERIFY(picture.open(QIODevice::ReadOnly));
-        TestDevice::write(DevicePaths::kChecked, picture.readAll());
+        TestDevice::write(DevicePaths::kChecked, {});
+        QImage red(8, 8, QImage::Format_RGB32);
+        red.fill(Qt::red);
+        QVERIFY(red.save(DevicePaths::kChecked));
         showPage(tree);
         const int spare = m_pList->viewport()->height() % m_pList->sizeHintForRow(0);
         m_page->resize(1280, 720 - spare); // no room for more than its rows
@@ -215,6 +216,14 @@ private slots:
             m_pList->viewport()->repaint(current.adjusted(0, current.height() - 1, 0, 0));
             QVERIFY(isPainted());
         }
+        const auto mark = [this] {
+            const QPoint row = m_pList->visualItemRect(m_pList->currentItem()).topLeft();
+            return m_pList->viewport()->grab().toImage().pixelColor(row + QPoint(12, 20));
+        };
+        click(Qt::Key_Left); // the first row
+        QCOMPARE(mark(), kHighlight);
+        click(Qt::Key_Down); // the second one, which was marked
+        QCOMPARE(mark(), QColor(Qt::red));
         QFile::remove(DevicePaths::kChecked);
     }
 
