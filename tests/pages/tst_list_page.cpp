@@ -232,6 +232,7 @@ private slots:
         showPage(kTree);
         auto* clock = m_page->findChild<QLabel*>();
         const QString first = clock->text();
+        QCOMPARE(first.size(), 19);
         QTRY_VERIFY(clock->text() != first);
         const auto time = QDateTime::fromString(clock->text(), "yyyy-MM-dd hh:mm:ss");
         QVERIFY(qAbs(time.secsTo(QDateTime::currentDateTime())) <= 2);
@@ -272,15 +273,30 @@ private slots:
         QCOMPARE(m_log.join(' '), QString("switch play switch play exit exit"));
     }
 
-    void focusedButtonShowsItsFrame()
+    void looksAsDrawn()
     {
         showPage(kTree);
-        for (QPushButton* button : qAsConst(m_vecButtons)) {
+        const auto picture = [](const QIcon& icon) { return icon.pixmap(25).toImage(); };
+        const QStyle::StandardPixmap icons[] = {QStyle::SP_MediaPlay, QStyle::SP_DialogOkButton,
+                                                QStyle::SP_TitleBarCloseButton};
+        for (int i = 0; i < m_vecButtons.size(); ++i) {
+            QPushButton* button = m_vecButtons[i];
+            QCOMPARE(button->geometry(), QRect(70 + i * 120, 655, 105, 35));
+            QCOMPARE(button->iconSize().width(), i == 1 ? 22 : 25);
+            QCOMPARE(picture(button->icon()), picture(m_page->style()->standardIcon(icons[i])));
             m_pList->setFocus();
             const QImage plain = button->grab().toImage();
             button->setFocus();
             QVERIFY(button->grab().toImage() != plain);
         }
+        const auto* clock = m_page->findChild<QLabel*>();
+        QCOMPARE(clock->geometry().right() + 1, 1280 - 70);
+        QCOMPARE(clock->fontInfo().pixelSize(), 25);
+        QCOMPARE(m_pList->geometry().topLeft(), QPoint(40, 30));
+        const QImage page = m_page->grab().toImage();
+        QCOMPARE(page.pixelColor(5, 5), QColor(99, 192, 249));
+        QCOMPARE(page.pixelColor(640, 31), QColor("gray"));          // the list's border
+        QVERIFY(page.pixelColor(900, 500) != QColor(255, 255, 241)); // its picture
     }
 
 private:
