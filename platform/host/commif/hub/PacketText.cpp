@@ -51,6 +51,8 @@ std::string describePacket(PacketBytes packet)
     uint16_t length = 0;
     while (const void* value = TlvPacket_ReadBody(&cursor, &tag, &length))
         text += " tag=" + std::to_string(tag) + describeValue(value, length);
+    if (cursor.length < packet.size())
+        text += " and " + std::to_string(packet.size() - cursor.length) + " more";
     return text;
 }
 

@@ -1,24 +1,51 @@
-// The stand-in of the communication library against the real hub.
+// The link, the stand-in of the library below it, and the real hub at the other end.
+#include "comm/CInnerCommunication.h"
 #include "platform/host/commif/PacketSocket.h"
 #include "platform/libcommif.h"
 #include "tests/Rows.h"
 #include "tests/comm/HubProcess.h"
-#include "tests/comm/PacketBuilder.h"
 
 #include <QSemaphore>
+#include <QTimer>
 #include <QtTest>
 
 #include <sys/socket.h>
 
+#include <algorithm>
 #include <atomic>
 #include <csignal>
 #include <functional>
 #include <future>
+#include <mutex>
+#include <string>
 #include <thread>
+#include <vector>
 
 using namespace std::chrono_literals;
 
 namespace {
+
+// Packets of any shape, in the machine's byte order.
+template <typename Number> QByteArray bytesOf(Number value)
+{
+    return {reinterpret_cast<const char*>(&value), sizeof value};
+}
+QByteArray u16(int value)
+{
+    return bytesOf(static_cast<quint16>(value));
+}
+QByteArray u32(quint32 value)
+{
+    return bytesOf(value);
+}
+QByteArray item(int tag, const QByteArray& value)
+{
+    return u16(tag) + u16(value.size()) + value;
+}
+QByteArray packet(int type, const QByteArray& items = {})
+{
+    return u16(type) + u16(items.size()) + items;
+}
 
 constexpr unsigned kAlreadyOpen = 2;
 constexpr unsigned kBadArgument = 3;
@@ -67,13 +94,153 @@ struct Receiver
     std::function<void()> atLast = [] {};
 };
 
+// Qt's shared containers hide their reference counts from the thread sanitizer; these do not.
+using Lines = std::vector<std::string>;
+
+const std::string kSuccess = "inner communication init success.";
+const std::string kFailure = "inner communication init failed. errno=1.";
+const std::string kClosed = "inner communication exit successfully.";
+
+// The lines of the debug stream since the last look, whichever thread wrote them.
+class DebugLines
+{
+public:
+    DebugLines() { qInstallMessageHandler(keep); }
+    ~DebugLines()
+    {
+        qInstallMessageHandler(nullptr);
+        take();
+    }
+    Lines take() const
+    {
+        const std::lock_guard<std::mutex> lock(s_lock);
+        return std::exchange(s_lines, {});
+    }
+
+private:
+    static void keep(QtMsgType, const QMessageLogContext&, const QString& line)
+    {
+        const std::lock_guard<std::mutex> lock(s_lock);
+        s_lines.push_back(line.toStdString());
+    }
+    static inline std::mutex s_lock;
+    static inline Lines s_lines;
+};
+
+// A link as its owner keeps it, counting exit requests on the thread that delivers them.
+struct Link
+{
+    Link()
+    {
+        QObject::connect(&comm, &CInnerCommunication::sgAppExit, [this] { ++requests; });
+    }
+    ~Link() { comm.exitInnerComm(); }
+    QTimer* timer() const { return comm.findChild<QTimer*>(); }
+    bool hasRequests(int count) const
+    {
+        return QTest::qWaitFor([&] { return requests >= count; }, kLimitMs);
+    }
+
+    std::atomic<int> requests{0};
+    CInnerCommunication comm;
+};
+
 } // namespace
 
-class tst_commif : public QObject
+class tst_link : public QObject
 {
     Q_OBJECT
 
 private slots:
+    // The first, as a process reports five failures. Until the link is up there is nothing to send
+    // and nothing to close.
+    void lateHub()
+    {
+        const DebugLines lines;
+        Link link;
+        QCOMPARE(link.timer()->interval(), 1000);
+        QVERIFY(!link.timer()->isActive());
+        link.timer()->setInterval(10);
+        QSignalSpy retries(link.timer(), SIGNAL(timeout()));
+        link.comm.initInnerComm();
+        QVERIFY(!link.comm.isInited());
+        QTRY_VERIFY_WITH_TIMEOUT(retries.count() >= 6, kLimitMs);
+        link.comm.slotAppSwitch();
+        link.comm.exitInnerComm();
+        QCOMPARE(KvrComm_GetInnerErrorCode(), 1U);
+        QCOMPARE(lines.take(), (Lines{kFailure, kFailure, kFailure, kFailure, kFailure}));
+
+        HubProcess hub;
+        QTRY_VERIFY_WITH_TIMEOUT(link.comm.isInited(), kLimitMs);
+        QVERIFY(!link.timer()->isActive());
+        QCOMPARE(lines.take(), Lines{kSuccess});
+        link.comm.initInnerComm(); // the library refuses; the five are used up
+        KvrComm_Exit();
+        QVERIFY(!link.comm.isInited());
+        QCOMPARE(lines.take(), Lines());
+    }
+
+    void receive_data()
+    {
+        columns<QByteArray, int, bool>({"bytes", "requests", "headError"});
+        const QByteArray request = item(3, u32(8));
+        row("exit request", packet(2, item(1, u32(8)) + request), 1, false);
+        row("all but the exit bit", packet(2, item(3, u32(0xFFFFFFF7))), 0, false);
+        row("all bits set", packet(2, item(3, u32(0xFFFFFFFF))), 1, false);
+        row("short value between requests", packet(2, request + item(3, u16(8)) + request), 1,
+            false);
+        row("two requests", packet(2, request + request), 2, false);
+        row("request at an odd address, and a rest", packet(2, item(9, "x") + request + "y"), 1,
+            false);
+        row("type 1", packet(1, request), 0, false);
+        row("cut inside the value", packet(2, request).chopped(2), 0, true);
+        row("value longer than its packet", packet(2, request.chopped(2)), 0, false);
+        row("empty", QByteArray(), 0, true);
+        const QByteArray filler = item(9, QByteArray(65535 - 4 - request.size(), 'x'));
+        row("as long as packets can be", packet(2, filler + request), 1, false);
+        row("longer: dropped", packet(2, filler + request) + "x", 0, false);
+    }
+
+    // A request of its own follows each packet and shows that the packet has been worked off.
+    void receive()
+    {
+        QFETCH(QByteArray, bytes);
+        QFETCH(int, requests);
+        QFETCH(bool, headError);
+        const DebugLines lines;
+        HubProcess hub;
+        Link link;
+        link.comm.initInnerComm();
+        QVERIFY(hub.waitFor("player connected"));
+        hub.type("raw " + bytes.toHex().toUpper());
+        hub.type("exit-request");
+        QTRY_COMPARE_WITH_TIMEOUT(hub.output().count("sent 1 of 1"), 2, kLimitMs);
+        QVERIFY(link.hasRequests(requests + 1));
+        QCOMPARE(link.requests.load(), requests + 1);
+        QCOMPARE(lines.take().size(), headError ? 2U : 1U); // the first one says that it is up
+    }
+
+    // The hub sees the player, its message and its own end all at once, at another place.
+    void appSwitch()
+    {
+        const DebugLines lines;
+        const QString place = QString::fromStdString(runtimeFile("elsewhere"));
+        HubProcess hub({"--socket", place});
+        hub.stop();
+        qputenv("QUADPLAYER_LINK", place.toLocal8Bit());
+        {
+            Link link;
+            link.comm.initInnerComm();
+            link.comm.slotAppSwitch();
+        }
+        qunsetenv("QUADPLAYER_LINK");
+        QCOMPARE(lines.take(), (Lines{kSuccess, kClosed}));
+        hub.signal(SIGTERM);
+        QCOMPARE(hub.end(SIGCONT), 0);
+        QCOMPARE(hub.output().count(kAppSwitch), 1);
+        QCOMPARE(hub.output().count("received"), 1);
+    }
+
     void refuses()
     {
         QCOMPARE(send(packet(1)), kNotConnected);
@@ -85,10 +252,11 @@ private slots:
         QCOMPARE(send(packet(1), 2), kBadArgument);
         QCOMPARE(send(QByteArray()), kBadArgument);
         QCOMPARE(send(QByteArray(kMaxPacketBytes + 1, 'x')), kBadArgument);
-        QCOMPARE(send(packet(7, item(5, "\x0a\xbc") + item(6, u32(9))) + "\xff"), 0U);
+        QCOMPARE(send(packet(7, item(5, "\x0a\xbc") + item(6, u32(9)) + item(8, "")) + "\xff"), 0U);
         QCOMPARE(send("\xff"), 0U);
         QCOMPARE(KvrComm_GetInnerErrorCode(), kBadArgument); // the last failure stays
-        QVERIFY(hub.waitFor("player connected\nreceived type=7 tag=5 bytes=0abc tag=6 value=9\n"
+        QVERIFY(hub.waitFor("player connected\nreceived type=7 tag=5 bytes=0abc tag=6 value=9 "
+                            "tag=8 bytes= and 1 more\n"
                             "received unreadable bytes=ff\n"));
     }
 
@@ -182,30 +350,6 @@ private slots:
         QVERIFY(next.waitFor("received type=1\n"));
     }
 
-    void hubCommandLine_data()
-    {
-        columns<QStringList, int>({"arguments", "status"});
-        row("help", QStringList("--help"), 0);
-        row("no command", QStringList("nonsense"), 2);
-        row("half a byte", QStringList("raw 0a0"), 2);
-        row("a number and more", QStringList("flood 1x"), 2);
-        row("beyond 32 bits", QStringList("exit-request 0x100000000"), 2);
-        row("no such folder", QStringList{"--socket", "/dev/null/socket"}, 1);
-        row("another hub listens", QStringList(), 1);
-        row("input ends", QStringList{"--socket", runtimeFile("free").c_str()}, 0);
-    }
-
-    void hubCommandLine()
-    {
-        QFETCH(QStringList, arguments);
-        HubProcess first;
-        QProcess hub;
-        hub.start(HUB, arguments);
-        hub.closeWriteChannel();
-        QVERIFY(hub.waitForFinished(kLimitMs));
-        QTEST(hub.exitCode(), "status");
-    }
-
     void listensOnlyOverStaleSocket()
     {
         QFile file(runtimeFile("file").c_str());
@@ -253,5 +397,5 @@ private:
     RuntimeFolder m_folder;
 };
 
-QTEST_GUILESS_MAIN(tst_commif)
-#include "tst_commif.moc"
+QTEST_GUILESS_MAIN(tst_link)
+#include "tst_link.moc"
