@@ -62,13 +62,13 @@ clip quads.mp4 videotestsrc num-buffers=25 pattern=solid-color foreground-color=
 # 0.5 s, 10 fps: both sizes odd, as many frames as there are in physical memory.
 clip odd.avi videotestsrc num-buffers=5 ! "$(raw I420 53 41 10)" ! jpegenc ! avimux
 
-# 1 s, 10 fps, the smallest picture, brighter from frame to frame: the brightness in a row of eight
-# bytes, then the two colours. In Matroska, which takes any size; GStreamer goes by content.
-for brightness in A B C D E F G H I J; do
-    printf '%s-------zzzzzzzz' $brightness
+# 1 s, 10 fps, 3x3, the first pixel brighter from frame to frame: rows of brightness, then two of
+# each colour, at four bytes. In Matroska, which takes any size; GStreamer goes by content.
+for first in A B C D E F G H I J; do
+    printf '%sbc-def-ghi-----UX--ux--VY--vy--' $first
 done > "$work/pixels"
 clip tiny.avi filesrc location="$work/pixels" \
-    ! rawvideoparse format=i420 width=1 height=1 framerate=10/1 ! matroskamux
+    ! rawvideoparse format=i420 width=3 height=3 framerate=10/1 ! matroskamux
 
 # 13 frames of 320x240, then 13 of 160x120, 25 fps, bare H.264.
 for size in "320 240" "160 120"; do

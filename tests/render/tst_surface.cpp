@@ -97,6 +97,7 @@ class tst_surface : public QObject
 private slots:
     void initTestCase()
     {
+        QCOMPARE(QDir(":/image").entryList().size(), 26);
         QSurfaceFormat::setDefaultFormat(adaptPlatformSurfaceFormat(QSurfaceFormat()));
     }
     void init()
@@ -262,28 +263,20 @@ private slots:
         QTEST(shows(), "expected");
     }
 
-    void picturesAreCompiledIn()
+    void livingBlocksKeepTheirAddress()
     {
-        const QString names =
-            "play.png,pause.png,stop.png,backward.png,step.png,openfile.png,text.png,s1.png,s2.png,"
-            "videoIcon.png,background1.jpg,background2.jpg,background3.jpg,background7.png,"
-            "background10.jpg,00.png,11.png,22.png,33.png,44.png,purchase_order.png,tasks.png,"
-            "company_logo.png,playlist.png,playlist (1).png,playlist (2).png";
-        for (const QString& name : names.split(','))
-            QVERIFY2(!QImage(":/image/" + name).isNull(), qPrintable(name));
-    }
-
-    // Where they are drawn, no rim shows.
-    void labelsAreWhiteAndApart()
-    {
-        const QImage labels(":/image/text.png");
-        QCOMPARE(labels.size(), QSize(1024, 256));
-        for (int x = 0; x < labels.width(); ++x)
-            for (int y = 0; y < labels.height(); ++y) {
-                const QRgb pixel = labels.pixel(x, y);
-                const bool edge = (x + 1) % 256 < 2 || (y + 1) % 256 < 2;
-                QVERIFY((pixel & RGB_MASK) == RGB_MASK && !(edge && qAlpha(pixel) > 0));
-            }
+        constexpr size_t kLarge = 64U << 20U;
+        constexpr int kTwiceRound = 130; // the address space
+        const auto kept = PhysBlock::make(kLarge);
+        uint32_t gone = 0;
+        for (int i = 0; i < kTwiceRound; ++i) {
+            const auto other = PhysBlock::make(kLarge - i);
+            gone = other->physical();
+            QVERIFY(gone != 0 && gone != 0xFFFFFFFF); // both mean that there is none
+            QVERIFY(gone >= kept->physical() + kLarge || gone + kLarge <= kept->physical());
+        }
+        QCOMPARE(PhysBlock::find(kept->physical()), kept);
+        QVERIFY(!PhysBlock::find(gone));
     }
 
 private:
