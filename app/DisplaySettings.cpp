@@ -22,9 +22,11 @@ constexpr int kSamples = 4;
 
 } // namespace
 
-void hidePointer()
+void setUpDisplay()
 {
     QApplication::setOverrideCursor(QCursor(Qt::BlankCursor));
+    readScreenSize();
+    loadApplicationFont();
 }
 
 void readScreenSize()

@@ -2,7 +2,9 @@
 // exists and before the first window.
 #pragma once
 
-void hidePointer();
+// Hides the pointer, reads the screen's size and loads the application font.
+void setUpDisplay();
+
 void readScreenSize(); // into gScreenW and gScreenH
 
 // Makes the device's font the application font; without its file the toolkit's default stays.

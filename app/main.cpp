@@ -39,9 +39,7 @@ int main(int argc, char** argv)
     readCommandLine(argc, argv);
     if (!installSignalHandlers())
         return EXIT_FAILURE;
-    hidePointer();
-    readScreenSize();
-    loadApplicationFont();
+    setUpDisplay();
     readPositionConfig();
     setDefaultSurfaceFormat();
     if (!canDrawWithOpenGl())
