@@ -1,4 +1,5 @@
-// The real hub in a runtime folder of its own, driven through its prompt.
+// Processes that a test starts: the real hub, in a runtime folder of its own and driven through its
+// prompt, and what talks to it.
 #pragma once
 
 #include <QProcess>
@@ -24,33 +25,59 @@ private:
     QTemporaryDir m_folder;
 };
 
-class HubProcess
+class Child
 {
 public:
-    explicit HubProcess(const QStringList& arguments = {})
+    Child(const QString& program, const QStringList& arguments)
     {
-        m_process.start(HUB, arguments);
+        m_process.setProcessChannelMode(QProcess::MergedChannels);
+        m_process.start(program, arguments);
+    }
+    ~Child() { end(SIGKILL); }
+
+    qint64 id() const { return m_process.processId(); }
+    void type(const QByteArray& line) { m_process.write(line + '\n'); }
+    void signal(int number) { ::kill(static_cast<pid_t>(id()), number); }
+    int end(int number) // SIGKILL as a crash does: what it has made stays
+    {
+        if (m_process.state() == QProcess::Running)
+            signal(number);
+        return ended() && m_process.exitStatus() == QProcess::NormalExit ? m_process.exitCode()
+                                                                         : -1;
+    }
+    bool ended() { return m_process.waitForFinished(kLimitMs) || id() == 0; }
+    bool waitFor(const QByteArray& text, int from = 0)
+    {
+        return QTest::qWaitFor([&] { return output().indexOf(text, from) >= 0; }, kLimitMs);
+    }
+    // Waits until the output, from where the last call found its text, holds this one.
+    bool prints(const QByteArray& text)
+    {
+        const bool found = waitFor(text, m_seen);
+        m_seen = m_output.indexOf(text, m_seen) + text.size();
+        return found;
+    }
+    QByteArray output() { return m_output += m_process.readAll(); }
+
+private:
+    QProcess m_process;
+    QByteArray m_output;
+    int m_seen = 0;
+};
+
+class HubProcess : public Child
+{
+public:
+    explicit HubProcess(const QStringList& arguments = {}) : Child(HUB, arguments)
+    {
         waitFor("listening");
     }
     ~HubProcess() { end(SIGTERM); }
 
-    void type(const QByteArray& line) { m_process.write(line + '\n'); }
-    void signal(int number) { ::kill(static_cast<pid_t>(m_process.processId()), number); }
     void stop() // until SIGCONT it does nothing at all
     {
         signal(SIGSTOP);
-        waitid(P_PID, static_cast<id_t>(m_process.processId()), nullptr, WSTOPPED);
-    }
-    int end(int number) // SIGKILL as a crash does: the socket's file stays
-    {
-        if (m_process.state() == QProcess::Running)
-            signal(number);
-        m_process.waitForFinished(kLimitMs);
-        return m_process.exitCode();
-    }
-    bool waitFor(const QByteArray& text)
-    {
-        return QTest::qWaitFor([&] { return output().contains(text); }, kLimitMs);
+        waitid(P_PID, static_cast<id_t>(id()), nullptr, WSTOPPED);
     }
     QByteArray endWhenPlayerLeft()
     {
@@ -58,9 +85,4 @@ public:
         end(SIGTERM);
         return output();
     }
-    QByteArray output() { return m_output += m_process.readAllStandardOutput(); }
-
-private:
-    QProcess m_process;
-    QByteArray m_output;
 };

@@ -25,27 +25,13 @@ using namespace std::chrono_literals;
 
 namespace {
 
-// Packets of any shape, in the machine's byte order.
-template <typename Number> QByteArray bytesOf(Number value)
+// 16-bit numbers in the machine's byte order: a packet's type and how many bytes follow, and for
+// each item its tag, how many bytes its value has, and of a number the lower and the upper half.
+QByteArray words(const QVector<quint16>& numbers)
 {
-    return {reinterpret_cast<const char*>(&value), sizeof value};
+    return {reinterpret_cast<const char*>(numbers.data()), numbers.size() * 2};
 }
-QByteArray u16(int value)
-{
-    return bytesOf(static_cast<quint16>(value));
-}
-QByteArray u32(quint32 value)
-{
-    return bytesOf(value);
-}
-QByteArray item(int tag, const QByteArray& value)
-{
-    return u16(tag) + u16(value.size()) + value;
-}
-QByteArray packet(int type, const QByteArray& items = {})
-{
-    return u16(type) + u16(items.size()) + items;
-}
+const QByteArray kEmptyPacket = words({1, 0});
 
 constexpr unsigned kAlreadyOpen = 2;
 constexpr unsigned kBadArgument = 3;
@@ -101,31 +87,19 @@ const std::string kSuccess = "inner communication init success.";
 const std::string kFailure = "inner communication init failed. errno=1.";
 const std::string kClosed = "inner communication exit successfully.";
 
-// The lines of the debug stream since the last look, whichever thread wrote them.
-class DebugLines
-{
-public:
-    DebugLines() { qInstallMessageHandler(keep); }
-    ~DebugLines()
-    {
-        qInstallMessageHandler(nullptr);
-        take();
-    }
-    Lines take() const
-    {
-        const std::lock_guard<std::mutex> lock(s_lock);
-        return std::exchange(s_lines, {});
-    }
+std::mutex s_lock;
+Lines s_lines; // of the debug stream since the last look, whichever thread wrote them
 
-private:
-    static void keep(QtMsgType, const QMessageLogContext&, const QString& line)
-    {
-        const std::lock_guard<std::mutex> lock(s_lock);
-        s_lines.push_back(line.toStdString());
-    }
-    static inline std::mutex s_lock;
-    static inline Lines s_lines;
-};
+void keepLine(QtMsgType, const QMessageLogContext&, const QString& line)
+{
+    const std::lock_guard<std::mutex> lock(s_lock);
+    s_lines.push_back(line.toStdString());
+}
+Lines takeLines()
+{
+    const std::lock_guard<std::mutex> lock(s_lock);
+    return std::exchange(s_lines, {});
+}
 
 // A link as its owner keeps it, counting exit requests on the thread that delivers them.
 struct Link
@@ -152,11 +126,16 @@ class tst_link : public QObject
     Q_OBJECT
 
 private slots:
+    void init()
+    {
+        takeLines();
+        qInstallMessageHandler(keepLine);
+    }
+    void cleanup() { qInstallMessageHandler(nullptr); }
     // The first, as a process reports five failures. Until the link is up there is nothing to send
     // and nothing to close.
     void lateHub()
     {
-        const DebugLines lines;
         Link link;
         QCOMPARE(link.timer()->interval(), 1000);
         QVERIFY(!link.timer()->isActive());
@@ -168,46 +147,44 @@ private slots:
         link.comm.slotAppSwitch();
         link.comm.exitInnerComm();
         QCOMPARE(KvrComm_GetInnerErrorCode(), 1U);
-        QCOMPARE(lines.take(), (Lines{kFailure, kFailure, kFailure, kFailure, kFailure}));
+        QCOMPARE(takeLines(), (Lines{kFailure, kFailure, kFailure, kFailure, kFailure}));
 
         HubProcess hub;
         QTRY_VERIFY_WITH_TIMEOUT(link.comm.isInited(), kLimitMs);
         QVERIFY(!link.timer()->isActive());
-        QCOMPARE(lines.take(), Lines{kSuccess});
+        QCOMPARE(takeLines(), Lines{kSuccess});
         link.comm.initInnerComm(); // the library refuses; the five are used up
         KvrComm_Exit();
         QVERIFY(!link.comm.isInited());
-        QCOMPARE(lines.take(), Lines());
+        QCOMPARE(takeLines(), Lines());
     }
 
     void receive_data()
     {
         columns<QByteArray, int, bool>({"bytes", "requests", "headError"});
-        const QByteArray request = item(3, u32(8));
-        row("exit request", packet(2, item(1, u32(8)) + request), 1, false);
-        row("all but the exit bit", packet(2, item(3, u32(0xFFFFFFF7))), 0, false);
-        row("all bits set", packet(2, item(3, u32(0xFFFFFFFF))), 1, false);
-        row("short value between requests", packet(2, request + item(3, u16(8)) + request), 1,
+        const QByteArray request = words({3, 4, 8, 0});
+        const QByteArray filler = words({2, 65535, 9, 65523}) + QByteArray(65523, 'x');
+        row("exit request", words({2, 16, 1, 4, 8, 0}) + request, 1, false);
+        row("all but the exit bit", words({2, 8, 3, 4, 0xFFF7, 0xFFFF}), 0, false);
+        row("all bits set", words({2, 8, 3, 4, 0xFFFF, 0xFFFF}), 1, false);
+        row("short value between requests", words({2, 22}) + request + words({3, 2, 8}) + request,
+            1, false);
+        row("two requests", words({2, 16}) + request + request, 2, false);
+        row("request at an odd address, and a rest", words({2, 14, 9, 1}) + 'x' + request + 'y', 1,
             false);
-        row("two requests", packet(2, request + request), 2, false);
-        row("request at an odd address, and a rest", packet(2, item(9, "x") + request + "y"), 1,
-            false);
-        row("type 1", packet(1, request), 0, false);
-        row("cut inside the value", packet(2, request).chopped(2), 0, true);
-        row("value longer than its packet", packet(2, request.chopped(2)), 0, false);
+        row("type 1", words({1, 8}) + request, 0, false);
+        row("cut inside the value", words({2, 8, 3, 4, 8}), 0, true);
+        row("value longer than its packet", words({2, 6, 3, 4, 8}), 0, false);
         row("empty", QByteArray(), 0, true);
-        const QByteArray filler = item(9, QByteArray(65535 - 4 - request.size(), 'x'));
-        row("as long as packets can be", packet(2, filler + request), 1, false);
-        row("longer: dropped", packet(2, filler + request) + "x", 0, false);
+        row("as long as packets can be", filler + request, 1, false);
+        row("longer: dropped", filler + request + 'x', 0, false);
     }
-
     // A request of its own follows each packet and shows that the packet has been worked off.
     void receive()
     {
         QFETCH(QByteArray, bytes);
         QFETCH(int, requests);
         QFETCH(bool, headError);
-        const DebugLines lines;
         HubProcess hub;
         Link link;
         link.comm.initInnerComm();
@@ -217,13 +194,12 @@ private slots:
         QTRY_COMPARE_WITH_TIMEOUT(hub.output().count("sent 1 of 1"), 2, kLimitMs);
         QVERIFY(link.hasRequests(requests + 1));
         QCOMPARE(link.requests.load(), requests + 1);
-        QCOMPARE(lines.take().size(), headError ? 2U : 1U); // the first one says that it is up
+        QCOMPARE(takeLines().size(), headError ? 2U : 1U); // the first one says that it is up
     }
 
     // The hub sees the player, its message and its own end all at once, at another place.
     void appSwitch()
     {
-        const DebugLines lines;
         const QString place = QString::fromStdString(runtimeFile("elsewhere"));
         HubProcess hub({"--socket", place});
         hub.stop();
@@ -234,7 +210,7 @@ private slots:
             link.comm.slotAppSwitch();
         }
         qunsetenv("QUADPLAYER_LINK");
-        QCOMPARE(lines.take(), (Lines{kSuccess, kClosed}));
+        QCOMPARE(takeLines(), (Lines{kSuccess, kClosed}));
         hub.signal(SIGTERM);
         QCOMPARE(hub.end(SIGCONT), 0);
         QCOMPARE(hub.output().count(kAppSwitch), 1);
@@ -243,16 +219,16 @@ private slots:
 
     void refuses()
     {
-        QCOMPARE(send(packet(1)), kNotConnected);
+        QCOMPARE(send(kEmptyPacket), kNotConnected);
         QCOMPARE(errorOf(KvrComm_Init(1, nullptr, nullptr)), kBadArgument);
         HubProcess hub;
         Receiver receiver;
         QCOMPARE(receiver.open(), 0U);
         QCOMPARE(receiver.open(), kAlreadyOpen);
-        QCOMPARE(send(packet(1), 2), kBadArgument);
+        QCOMPARE(send(kEmptyPacket, 2), kBadArgument);
         QCOMPARE(send(QByteArray()), kBadArgument);
         QCOMPARE(send(QByteArray(kMaxPacketBytes + 1, 'x')), kBadArgument);
-        QCOMPARE(send(packet(7, item(5, "\x0a\xbc") + item(6, u32(9)) + item(8, "")) + "\xff"), 0U);
+        QCOMPARE(send(words({7, 18, 5, 2, 0xBC0A, 6, 4, 9, 0, 8, 0}) + "\xff"), 0U);
         QCOMPARE(send("\xff"), 0U);
         QCOMPARE(KvrComm_GetInnerErrorCode(), kBadArgument); // the last failure stays
         QVERIFY(hub.waitFor("player connected\nreceived type=7 tag=5 bytes=0abc tag=6 value=9 "
@@ -268,7 +244,7 @@ private slots:
         QCOMPARE(receiver.open(), 0U);
         hub.type("exit-request"); // for whoever is there when it is read
         int sent = 0;
-        while (send(packet(1)) == 0 && sent < 100000)
+        while (send(kEmptyPacket) == 0 && sent < 100000)
             ++sent;
         QCOMPARE(KvrComm_GetInnerErrorCode(), kQueueFull);
         QCOMPARE(KvrComm_IsReady(), 0);
@@ -291,7 +267,7 @@ private slots:
         QVERIFY(hub.waitFor("sent 10 of 10"));
         QVERIFY(receiver.has(1));
         hub.stop();
-        QCOMPARE(send(packet(1)), 0U);
+        QCOMPARE(send(kEmptyPacket), 0U);
         const auto exiting = std::async(std::launch::async, KvrComm_Exit);
         const bool closing = QTest::qWaitFor([] { return KvrComm_IsReady() == 0; }, kLimitMs);
         const bool waits = exiting.wait_for(0s) == std::future_status::timeout;
@@ -340,13 +316,13 @@ private slots:
         QVERIFY(hub.waitFor("sent 10 of 10"));
         hub.end(SIGKILL);
         QCOMPARE(KvrComm_IsReady(), 0);
-        QCOMPARE(send(packet(1)), kNotConnected);
+        QCOMPARE(send(kEmptyPacket), kNotConnected);
         receiver.leave.release(100);
         QVERIFY(receiver.has(10));
         HubProcess next({"exit-request"});
         QVERIFY(receiver.has(11));
         QVERIFY(KvrComm_IsReady() != 0);
-        QCOMPARE(send(packet(1)), 0U);
+        QCOMPARE(send(kEmptyPacket), 0U);
         QVERIFY(next.waitFor("received type=1\n"));
     }
 

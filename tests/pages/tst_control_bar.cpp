@@ -99,7 +99,6 @@ private slots:
         row("two keys: mute", true, 1, mute + previous + next + ok, "1, 1");
         row("two keys: passed", true, 1, Keys{Qt::Key_2, Qt::Key_Escape}, "1 passed, 1 passed");
     }
-
     void keys()
     {
         QFETCH(bool, twoKeyMode);
@@ -145,16 +144,12 @@ private slots:
         QCOMPARE(state(), QString("2"));
     }
 
-    void formatsTime()
+    void followsPlayback()
     {
         QStringList texts;
         for (const int seconds : {0, 59, 60, 3599, 3600, 3661, 360000})
             texts << m_pBar->formatTime(seconds);
         QCOMPARE(texts.join(' '), QString("00:00 00:59 01:00 59:59 01:00:00 01:01:01 100:00:00"));
-    }
-
-    void followsPlayback()
-    {
         QCOMPARE(m_pSlider->focusPolicy(), Qt::NoFocus);
         m_pBar->resetTime();
         QCOMPARE(time(), QString("0 of 1000: 0:00:00/0:00:00"));
@@ -169,19 +164,16 @@ private slots:
         QCOMPARE(time(), QString("124 of 125: 02:04/02:05"));
         m_pBar->setDuration(7200);
         QCOMPARE(time(), QString("124 of 7200: 00:00/02:00:00"));
-    }
 
-    void firstButtonShowsWhatItWouldDo()
-    {
+        // The first button shows what a click on it would do.
         const QImage play = picture(QIcon(":/image/play.png"));
         const QImage pause = picture(QIcon(":/image/pause.png"));
         QVERIFY(play != pause);
-        m_pBar->setDuration(125);
-        m_pBar->setPosition(60);
-        m_pBar->updatePlayingState(true, false);
-        QCOMPARE(picture(m_vecButtons[0]->icon()), pause);
-        m_pBar->updatePlayingState(true, true);
-        QCOMPARE(picture(m_vecButtons[0]->icon()), play);
+        for (const bool paused : {false, true}) {
+            m_pBar->updatePlayingState(true, paused);
+            QCOMPARE(picture(m_vecButtons[0]->icon()), paused ? play : pause);
+        }
+        QCOMPARE(time(), QString("124 of 7200: 00:00/02:00:00"));
         m_pBar->updatePlayingState(false, true);
         QCOMPARE(picture(m_vecButtons[0]->icon()), play);
         QCOMPARE(time(), QString("0 of 1000: 0:00:00/0:00:00"));

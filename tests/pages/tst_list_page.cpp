@@ -78,7 +78,6 @@ private slots:
         row("empty first line", QByteArray("\n%/in\n"), "");
         row("no file", QByteArray(), "");
     }
-
     void readsItsRoot()
     {
         QFETCH(QByteArray, config);
@@ -144,7 +143,6 @@ private slots:
         row("two keys: mute", true, Keys{up, down, left, right, ok, back, Qt::Key_Exit, space},
             "0>*, 0>*, 0>*, 0>*, 0>*, 0>*, 0>*, 0>*");
     }
-
     void keys()
     {
         QFETCH(bool, twoKeyMode);

@@ -172,7 +172,6 @@ private slots:
         row("gone since it was listed", "long.mp4");
         row("damaged", "damaged.mp4");
     }
-
     void failedFileLeavesTheIdlePage()
     {
         QFETCH(QString, clip);

@@ -3,7 +3,6 @@
 #include "tests/TestDevice.h"
 #include "tests/comm/HubProcess.h"
 
-#include <QProcess>
 #include <QtTest>
 
 #include <csignal>
@@ -11,41 +10,19 @@
 
 namespace {
 
-class Program
+class Program : public Child
 {
 public:
-    explicit Program(const QStringList& arguments = {})
-    {
-        m_process.setProcessChannelMode(QProcess::MergedChannels);
-        m_process.start(QStringLiteral(PROGRAM), arguments);
-    }
-    ~Program()
-    {
-        m_process.kill();
-        m_process.waitForFinished(kLimitMs);
-    }
+    explicit Program(const QStringList& arguments = {}) : Child(PROGRAM, arguments) {}
 
-    // Waits until the output, from where the last call found its text, holds this one.
-    bool prints(const QByteArray& text)
-    {
-        return QTest::qWaitFor(
-            [&] {
-                m_output += m_process.readAll();
-                const int at = m_output.indexOf(text, m_seen);
-                if (at >= 0)
-                    m_seen = at + text.size();
-                return at >= 0;
-            },
-            kLimitMs);
-    }
     // The window is there and has the keys.
     bool takesKeys()
     {
-        const QString has = "[ \"$(xdotool getwindowfocus getwindowpid)\" = %1 ]";
+        const QString test =
+            QString("[ \"$(xdotool getwindowfocus getwindowpid)\" = %1 ]").arg(id());
         return prints("path from cfg file:") &&
                QTest::qWaitFor(
                    [&] {
-                       const QString test = has.arg(m_process.processId());
                        return QProcess::execute("sh", {"-c", test}) == 0;
                    },
                    kLimitMs);
@@ -54,29 +31,13 @@ public:
     {
         QProcess::execute("xdotool", QStringList{"key"} + QString(names).split(' '));
     }
-    void interrupt(int times = 1) const
-    {
-        for (int i = 0; i < times; ++i)
-            kill(static_cast<pid_t>(m_process.processId()), SIGINT);
-    }
     bool outlivesBrokenPipes() const
     {
-        QFile status(QStringLiteral("/proc/%1/status").arg(m_process.processId()));
+        QFile status(QStringLiteral("/proc/%1/status").arg(id()));
         status.open(QIODevice::ReadOnly);
         const QString ignored = QString(status.readAll()).section("SigIgn:", 1).section('\n', 0, 0);
         return (ignored.trimmed().toULongLong(nullptr, 16) >> (SIGPIPE - 1) & 1) != 0;
     }
-    bool ended() { return m_process.waitForFinished(kLimitMs); }
-    QByteArray output() { return m_output += m_process.readAll(); }
-    QString result() const
-    {
-        return QStringLiteral("%1 %2").arg(m_process.exitStatus()).arg(m_process.exitCode());
-    }
-
-private:
-    QProcess m_process;
-    QByteArray m_output;
-    int m_seen = 0;
 };
 
 } // namespace
@@ -92,7 +53,6 @@ private slots:
         row("all keys", QStringList(), QByteArray("Return Down Return"), QByteArray("Up Return"));
         row("two keys", QStringList("--twokeymode=on"), QByteArray("2 1 2"), QByteArray("1 1 1 2"));
     }
-
     void playsAndLeavesByKeys()
     {
         QFETCH(QStringList, arguments);
@@ -112,7 +72,7 @@ private slots:
         Program::key(exit);
         QVERIFY(program.prints("communication exit successfully."));
         QVERIFY(program.ended());
-        QCOMPARE(program.result(), QStringLiteral("0 0"));
+        QCOMPARE(program.end(0), 0);
         QVERIFY(!program.output().contains("signal"));
         QCOMPARE(hub.endWhenPlayerLeft().count(kAppSwitch), 1);
     }
@@ -121,7 +81,7 @@ private slots:
     {
         Program program({"-platform", "minimal"});
         QVERIFY(program.ended());
-        QCOMPARE(program.result(), QStringLiteral("0 69"));
+        QCOMPARE(program.end(0), 69);
         QVERIFY(program.output().contains("'minimal' cannot draw with OpenGL"));
     }
 
@@ -140,7 +100,6 @@ private slots:
         row("paused", play + " Return", QByteArray("CPlayer::stop() end ..."), 1);
         row("ten in a row", play, QByteArray("CPlayer::stop() end ..."), 10);
     }
-
     void leavesOnInterrupt()
     {
         QFETCH(QByteArray, keys);
@@ -158,9 +117,10 @@ private slots:
         }
         QVERIFY(program.prints(moment));
         QVERIFY(moment.contains("QFactoryLoader") || program.outlivesBrokenPipes());
-        program.interrupt(times);
+        for (int i = 0; i < times; ++i)
+            program.signal(SIGINT);
         QVERIFY(program.ended());
-        QCOMPARE(program.result(), QStringLiteral("0 0"));
+        QCOMPARE(program.end(0), 0);
         QVERIFY(program.output().contains("catch a signal no=2.\n"));
         if (hub)
             QCOMPARE(hub->endWhenPlayerLeft().count(kAppSwitch), 1);
