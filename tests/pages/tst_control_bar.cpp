@@ -13,8 +13,6 @@
 #include <QStyleOption>
 #include <QtTest>
 
-#include <functional>
-
 namespace {
 
 // The page's place: sees the keys that the bar lets through.
@@ -213,27 +211,19 @@ private slots:
     // From the widget's corner, whatever rectangle it is for, and 8 larger than that.
     void framesFollowTheirRectangle()
     {
-        const auto drawn = [](const std::function<void(QPainter*)>& draw) {
-            QImage image(120, 60, QImage::Format_ARGB32_Premultiplied);
-            image.fill(Qt::white);
-            QPainter painter(&image);
-            draw(&painter);
-            return image;
+        const auto differ = [](const QStyle& style, const char* name, Qt::AspectRatioMode mode) {
+            QImage drawn(120, 60, QImage::Format_ARGB32_Premultiplied);
+            drawn.fill(Qt::white);
+            QImage expected = drawn;
+            QStyleOptionFocusRect option;
+            option.rect = QRect(5, 5, 92, 32);
+            QPainter painter(&drawn);
+            style.drawPrimitive(QStyle::PE_FrameFocusRect, &option, &painter);
+            QPainter(&expected).drawPixmap(0, 0, QPixmap(name).scaled(100, 40, mode));
+            return drawn != expected;
         };
-        const auto frame = [&](const QStyle& style) {
-            return drawn([&](QPainter* painter) {
-                QStyleOptionFocusRect option;
-                option.rect = QRect(5, 5, 92, 32);
-                style.drawPrimitive(QStyle::PE_FrameFocusRect, &option, painter);
-            });
-        };
-        const auto scaled = [&](const char* name, Qt::AspectRatioMode mode) {
-            return drawn([&](QPainter* painter) {
-                painter->drawPixmap(0, 0, QPixmap(name).scaled(100, 40, mode));
-            });
-        };
-        QCOMPARE(frame(noFocusStyle()), scaled(":/image/s1.png", Qt::KeepAspectRatio));
-        QCOMPARE(frame(noFocusStyle_1()), scaled(":/image/s2.png", Qt::IgnoreAspectRatio));
+        QVERIFY(!differ(noFocusStyle(), ":/image/s1.png", Qt::KeepAspectRatio));
+        QVERIFY(!differ(noFocusStyle_1(), ":/image/s2.png", Qt::IgnoreAspectRatio));
     }
 
 private:
