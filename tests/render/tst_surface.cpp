@@ -263,22 +263,6 @@ private slots:
         QTEST(shows(), "expected");
     }
 
-    void livingBlocksKeepTheirAddress()
-    {
-        constexpr size_t kLarge = 64U << 20U;
-        constexpr int kTwiceRound = 130; // the address space
-        const auto kept = PhysBlock::make(kLarge);
-        uint32_t gone = 0;
-        for (int i = 0; i < kTwiceRound; ++i) {
-            const auto other = PhysBlock::make(kLarge - i);
-            gone = other->physical();
-            QVERIFY(gone != 0 && gone != 0xFFFFFFFF); // both mean that there is none
-            QVERIFY(gone >= kept->physical() + kLarge || gone + kLarge <= kept->physical());
-        }
-        QCOMPARE(PhysBlock::find(kept->physical()), kept);
-        QVERIFY(!PhysBlock::find(gone));
-    }
-
 private:
     QImage picture() { return m_surface->grabFramebuffer(); }
     void drawFrame() { QVERIFY(HandOff(m_surface, 1, 0, m_nv12.data()).ends()); }
