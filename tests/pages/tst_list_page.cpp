@@ -167,6 +167,7 @@ private slots:
         QCOMPARE(state(), QString("0>*"));
         QTest::keyRelease(m_pList, Qt::Key_Return);
         QTest::keyPress(m_vecButtons[1], Qt::Key_Backspace);
+        QTest::mousePress(m_vecButtons[1], Qt::LeftButton);
         QCOMPARE(state(), QString("0: back"));
     }
 
@@ -288,7 +289,7 @@ private slots:
             QVERIFY(button->grab().toImage() != plain);
         }
         const auto* clock = m_page->findChild<QLabel*>();
-        QCOMPARE(clock->geometry().right() + 1, 1280 - 70);
+        QVERIFY(clock->x() > 800 && clock->geometry().right() + 1 == 1280 - 70);
         QCOMPARE(clock->fontInfo().pixelSize(), 25);
         QCOMPARE(m_pList->geometry().topLeft(), QPoint(40, 30));
         const QImage page = m_page->grab().toImage();
