@@ -63,10 +63,12 @@ class Board:
         self.process.wait()
 
     def qmp(self, execute, **arguments):
+        if self.process.poll() is not None:
+            raise Failure("the board is off")
         self.qmp_end.write(json.dumps({"execute": execute, "arguments": arguments}) + "\n")
         self.qmp_end.flush()
         while True:
-            answer = json.loads(self.qmp_end.readline() or '{"error": {"desc": "the board is off"}}')
+            answer = json.loads(self.qmp_end.readline() or '{"error": {"desc": "no more answers"}}')
             if "error" in answer:
                 raise Failure(f"{execute}: {answer['error']['desc']}")
             if "return" in answer:
@@ -121,8 +123,8 @@ class Board:
         answer = b""
         try:
             while not answer.endswith(b"\004"):
-                answer += self.shell_end.recv(65536)
-        except TimeoutError:
+                answer += self.shell_end.recv(65536) or b"\nno more answers\004"
+        except OSError:
             raise Failure(f"no answer to: {command}\n{answer}") from None
         output, status = answer[:-1].decode(errors="replace").rsplit("\n", 1)
         if (status != "0") != fails:
