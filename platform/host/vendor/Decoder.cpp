@@ -8,9 +8,8 @@ namespace {
 
 constexpr guint kBeforeAllOthers = GST_RANK_PRIMARY + 100;
 
-GstStaticPadTemplate s_SinkTemplate =
-    GST_STATIC_PAD_TEMPLATE("sink", GST_PAD_SINK, GST_PAD_ALWAYS,
-                            GST_STATIC_CAPS("video/x-h264, alignment = au, parsed = true"));
+GstStaticPadTemplate s_SinkTemplate = GST_STATIC_PAD_TEMPLATE(
+    "sink", GST_PAD_SINK, GST_PAD_ALWAYS, GST_STATIC_CAPS("video/x-h264, alignment = au"));
 GstStaticPadTemplate s_SourceTemplate = GST_STATIC_PAD_TEMPLATE(
     "src", GST_PAD_SRC, GST_PAD_ALWAYS, GST_STATIC_CAPS("video/x-raw, format = NV12"));
 
