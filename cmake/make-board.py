@@ -114,7 +114,7 @@ def build_for_device(root):
 
 def make_system(arch, deb):
     """A folder with kernel, initrd and disk, the package's dependencies included."""
-    depends = re.sub(r"\([^)]*\)|\|[^,]*| ", "", run("dpkg-deb", "-f", deb, "Depends")).split(",")
+    depends = re.sub(r"\([^)]*\)|\|[^,]*|\s", "", run("dpkg-deb", "-f", deb, "Depends")).split(",")
     packages = sorted({KERNELS[arch], *PACKAGES, *depends})
     recipe = repr([packages, MODULES, GROUPS, MASKED, INIT, SHELL]) + "".join(
         inspect.getsource(step) for step in (unpack, configure, make_disks))
