@@ -2,8 +2,6 @@
 // prompt, and what talks to it.
 #pragma once
 
-#include <QProcess>
-#include <QTemporaryDir>
 #include <QtTest>
 
 #include <sys/wait.h>

@@ -5,8 +5,6 @@
 #include "tests/Rows.h"
 #include "tests/comm/HubProcess.h"
 
-#include <QSemaphore>
-#include <QTimer>
 #include <QtTest>
 
 #include <sys/socket.h>

@@ -5,13 +5,8 @@
 #include "pages/player/CPagePlayerControl.h"
 #include "tests/Rows.h"
 
-#include <QApplication>
-#include <QLabel>
-#include <QPainter>
-#include <QPushButton>
-#include <QSlider>
-#include <QStyleOption>
 #include <QtTest>
+#include <QtWidgets>
 
 namespace {
 
@@ -223,6 +218,7 @@ private slots:
             return drawn != expected;
         };
         QVERIFY(!differ(noFocusStyle(), ":/image/s1.png", Qt::KeepAspectRatio));
+        QVERIFY(differ(noFocusStyle(), ":/image/s2.png", Qt::KeepAspectRatio));
         QVERIFY(!differ(noFocusStyle_1(), ":/image/s2.png", Qt::IgnoreAspectRatio));
     }
 

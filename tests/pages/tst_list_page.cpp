@@ -7,13 +7,8 @@
 #include "tests/Rows.h"
 #include "tests/TestDevice.h"
 
-#include <QApplication>
-#include <QLabel>
-#include <QListWidget>
-#include <QPushButton>
-#include <QScreen>
-#include <QScrollBar>
 #include <QtTest>
+#include <QtWidgets>
 
 #include <functional>
 #include <memory>
@@ -105,6 +100,7 @@ private slots:
         const auto icon = [](const QIcon& of) { return of.pixmap(38).toImage(); };
         QCOMPARE(icon(m_pList->item(0)->icon()), icon(QIcon(":/image/openfile.png")));
         QCOMPARE(icon(m_pList->item(2)->icon()), icon(QIcon(":/image/videoIcon.png")));
+        QVERIFY(icon(m_pList->item(0)->icon()) != icon(m_pList->item(2)->icon()));
         const QByteArray top = m_device->path("").toLocal8Bit();
         QTest::ignoreMessage(QtDebugMsg, "----ListViewFile \"" + top + "/a\"");
         QTest::ignoreMessage(QtDebugMsg, "path-----   \"" + top + '"');

@@ -14,14 +14,8 @@
 #include "tests/TestDevice.h"
 #include "tests/comm/HubProcess.h"
 
-#include <QApplication>
-#include <QDirIterator>
-#include <QLabel>
-#include <QListWidget>
-#include <QPushButton>
-#include <QScreen>
-#include <QSlider>
 #include <QtTest>
+#include <QtWidgets>
 
 #include <dlfcn.h>
 

@@ -5,7 +5,6 @@
 #include "common/globals.h"
 #include "tests/Rows.h"
 
-#include <QBuffer>
 #include <QtTest>
 
 class tst_settings : public QObject
