@@ -153,6 +153,8 @@ private slots:
         QVERIFY(w.page->isVisible() && w.list->isHidden());
         QCOMPARE(QApplication::focusWidget(), w.buttons[0]);
         QVERIFY(w.shows("/00:01"));
+        const auto picture = [](const QIcon& icon) { return icon.pixmap(38).toImage(); };
+        QCOMPARE(picture(w.buttons[0]->icon()), picture(QIcon(":/image/pause.png")));
         w.key(Qt::Key_2);
         w.buttons[0]->click(); // paused
         w.buttons[0]->click();
