@@ -6,6 +6,8 @@
 
 #include <QWidget>
 
+#include <utility>
+
 class CGLWndPlayer;
 class CPagePlayerControl;
 class CPlayback;
@@ -23,7 +25,8 @@ public:
     void enterPage(); // before the page is shown
     void leavePage(); // before it is hidden: stops playback and empties the play list
     void showPagePlayerControl();
-    void setBarStaysUs(qint64 us) { m_nBarStaysUs = us; } // after the last activity; for tests
+    // How long the bar stays after the last activity; gives what was set before. For tests.
+    qint64 setBarStaysUs(qint64 us) { return std::exchange(m_nBarStaysUs, us); }
 
 signals:
     void sgBackToPagePlayerList();
