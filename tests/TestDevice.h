@@ -4,10 +4,7 @@
 
 #include "common/DevicePaths.h"
 
-#include <QDir>
-#include <QFile>
-#include <QFileInfo>
-#include <QTemporaryDir>
+#include <QtCore>
 
 class TestDevice
 {

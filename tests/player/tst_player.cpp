@@ -4,8 +4,6 @@
 #include "tests/Rows.h"
 #include "tests/player/Engine.h"
 
-#include <QElapsedTimer>
-
 class tst_player : public QObject
 {
     Q_OBJECT
