@@ -179,6 +179,7 @@ private slots:
     // Paused, so that the position stands; past the end to one second before it, or to the start.
     void seeksToTheNanosecond()
     {
+        QCOMPARE(nanosecondsToUs(1600), 2); // rounded
         std::atomic<qint64> target{-1};
         s_pass = [&target](GstBuffer*, GstEvent* event) {
             GstSeekFlags flags = GST_SEEK_FLAG_NONE;
