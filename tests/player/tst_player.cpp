@@ -80,6 +80,7 @@ private slots:
         QTest::ignoreMessage(QtDebugMsg, QRegularExpression("ERROR \\.\\.  [A-Z][^/]+$"));
         e.player->playFile(clip(file));
         QTRY_VERIFY_WITH_TIMEOUT(e.errors > 0, kLimitMs);
+        QCOMPARE(e.finished, 0);
         e.player->stop();
         QCOMPARE(e.states.join(' '), QStringLiteral("restart 10 00"));
 
