@@ -54,7 +54,7 @@ struct Engine : QObject
         return 0;
     }
 
-    bool starts(const char* file)
+    bool starts(const QString& file)
     {
         player->playFile(clip(file));
         return QTest::qWaitFor([this] { return frames > 0; }, kLimitMs);
