@@ -21,7 +21,7 @@
 #include <memory>
 
 // Sleeps between the events. The timer sees to it that there are some; processEvents() with a limit
-// would spin.
+// would spin. It leaves alone what is to be deleted later, which only exec() would do.
 inline bool waitFor(const std::function<bool()>& condition, int limitMs)
 {
     constexpr int kTickMs = 10;
@@ -29,8 +29,10 @@ inline bool waitFor(const std::function<bool()>& condition, int limitMs)
     clock.start();
     QTimer ticks;
     ticks.start(kTickMs);
-    while (!condition() && clock.elapsed() < limitMs)
+    while (!condition() && clock.elapsed() < limitMs) {
         QApplication::processEvents(QEventLoop::WaitForMoreEvents);
+        QApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+    }
     return condition();
 }
 
