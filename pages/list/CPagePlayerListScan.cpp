@@ -80,7 +80,9 @@ int addRows(const QString& path, const RowKind& kind, QListWidget* list)
     QStringList names = collect(path, kind);
     std::stable_sort(names.begin(), names.end(), QCollator());
     qDebug() << kind.countLine << names.size();
-    const QIcon icon(kind.icon); // one for all rows: each icon keeps its scaled picture
+    // One for all rows, of a pixmap that the toolkit reads once: each icon keeps its scaled
+    // picture.
+    const QIcon icon{QPixmap(kind.icon)};
     for (const QString& name : qAsConst(names))
         list->addItem(makeRow(name, icon, kind.flags));
     return names.size();

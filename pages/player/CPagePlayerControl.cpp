@@ -9,6 +9,7 @@
 #include <QIcon>
 #include <QLabel>
 #include <QPainter>
+#include <QPixmap>
 #include <QSlider>
 #include <QVBoxLayout>
 
@@ -73,7 +74,9 @@ QHBoxLayout* CPagePlayerControl::createButtonRow()
 
 void CPagePlayerControl::initButton(QPushButton* button, const QString& iconPath, QSize iconSize)
 {
-    button->setIcon(QIcon(iconPath));
+    // By way of a pixmap, which the toolkit reads once: an icon of the path would leave one more
+    // scaled picture in its cache with every playback.
+    button->setIcon(QIcon(QPixmap(iconPath)));
     button->setIconSize(iconSize);
     button->setFlat(true);
     setOwnedStyle(button, new noFocusStyle);
