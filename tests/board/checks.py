@@ -362,6 +362,11 @@ def box_without(screen, colour):
 
 
 @check
+def no_sanitizer_has_reported_anything(player):
+    player.shell("! journalctl -o cat | grep -E 'Sanitizer|runtime error'")
+
+
+@check
 def purged_it_takes_its_check_marks_along(player):
     player.shell("systemctl stop quadplayer; dpkg --purge quadplayer; ! ls -d /home/kvr/res")
 
