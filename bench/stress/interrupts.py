@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""interrupts BUILD_DIR [COUNT [SEED]]: goes the road from the start over list, Play, pause, Back to Exit
+"""interrupts.py BUILD_DIR [COUNT [SEED]]: goes the road from the start over list, Play, pause, Back to Exit
 COUNT (10) times and interrupts each at a moment of chance, from SEED (1) on. Each has to end within a
 second with status 0, and the hub has to receive the message of the exit once. On the current display;
 needs ffmpeg.

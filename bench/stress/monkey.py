@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""monkey BUILD_DIR [MINUTES [SEED]]: presses keys and taps by chance, 1 to 200 ms apart, over a folder of
+"""monkey.py BUILD_DIR [MINUTES [SEED]]: presses keys and taps by chance, 1 to 200 ms apart, over a folder of
 good, damaged and vanishing clips, in both key modes by turns, for MINUTES (1), from SEED (1) on. After
 each burst of 500 the list has to be reached and a good clip has to show, or the player hangs: by keys,
 but for what two keys cannot do. On the current display; for a build of preset asan. Needs ffmpeg.

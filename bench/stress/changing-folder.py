@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""changing-folder BUILD_DIR [COUNT [SEED]]: chooses and plays a clip by keys COUNT (10) times, from SEED (1)
+"""changing-folder.py BUILD_DIR [COUNT [SEED]]: chooses and plays a clip by keys COUNT (10) times, from SEED (1)
 on, while files and folders below the list come, go, change places and kinds. Each clip is of the
 colour that it is named after: any other one on the screen is a wrong file, black or grey is none. On
 the current display; needs ffmpeg.
