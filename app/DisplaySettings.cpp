@@ -22,6 +22,11 @@ constexpr int kSamples = 4;
 
 } // namespace
 
+void ignoreScreenDensity()
+{
+    QCoreApplication::setAttribute(Qt::AA_Use96Dpi);
+}
+
 void setUpDisplay()
 {
     QApplication::setOverrideCursor(QCursor(Qt::BlankCursor));

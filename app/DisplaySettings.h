@@ -1,6 +1,10 @@
 // Process-wide display settings made at start-up, on the GUI thread, after the application object
-// exists and before the first window.
+// exists, but for the first, and before the first window.
 #pragma once
+
+// Before the application object: the toolkit's own sizes do not grow on a dense screen. Those of
+// the pages are fixed numbers of pixels, and buttons would be cut off.
+void ignoreScreenDensity();
 
 // Hides the pointer, reads the screen's size and loads the application font.
 void setUpDisplay();

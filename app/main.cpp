@@ -35,6 +35,7 @@ int main(int argc, char** argv)
 {
     holdInterrupts();
     keepHeapSmall();
+    ignoreScreenDensity();
     QApplication app(argc, argv);
     readCommandLine(argc, argv);
     if (!installSignalHandlers())

@@ -18,9 +18,11 @@ SKY = (99, 192, 249)       # behind the list
 CURRENT = (255, 233, 231)  # the row that has the highlight
 MARK = (11, 122, 75)
 BAR = (79, 101, 118)
+FRAME = (255, 194, 26)     # of the button that has the focus
 IDLE = (18, 18, 28)
 BLACK, WHITE = (0, 0, 0), (255, 255, 255)
 TIME_WIDTH = 140  # px, at least
+ICON = 38  # px
 VIEWS = {"R": (208, 32, 32), "G": (32, 208, 32), "B": (32, 32, 208), "Y": (208, 208, 32)}
 QUARTERS = [(.1, .1, .4, .35), (.6, .1, .9, .35), (.1, .55, .4, .75), (.6, .55, .9, .75)]
 SHORT, LONG, RAW, BROKEN, TEN_SECONDS = range(5)  # the rows of the list
@@ -355,6 +357,8 @@ def expect_layout(screen, size, margins):
     parts = [match.span() for match in re.finditer("x+( {1,7}x+)*", row)]
     expect(len(parts) == 6, f"the bar has five buttons and the time, {parts}")
     expect(parts[5][1] - parts[5][0] > TIME_WIDTH, f"the time is not cut off, {parts}")
+    frame = mask(bar, FRAME).getbbox()
+    expect(frame[3] - frame[1] > ICON, f"the first button is not cut off, {frame}")
 
 
 def box_without(screen, colour):
