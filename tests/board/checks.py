@@ -458,7 +458,7 @@ def main():
     parser.add_argument("--package", nargs=1, default=[], help="instead of the one of this tree")
     parser.add_argument("--extra", nargs=1, default=[], help="a folder of files that the board gets too")
     parser.add_argument("--kind", choices=CHECKS, default="daily", help="which checks: 'long' takes "
-                        "half an hour; 'device' is for the package for the device, on the board armhf")
+                        "minutes; 'device' is for the package for the device, on the board armhf")
     parser.add_argument("--only", default="", help="the checks with this text in their names")
     parser.add_argument("--display", help="only boot, and show the screen there, e.g. gtk or vnc=:1")
     options = parser.parse_args()
