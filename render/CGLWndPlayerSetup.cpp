@@ -6,6 +6,7 @@
 #include <QCoreApplication>
 #include <QDebug>
 #include <QFile>
+#include <QGuiApplication>
 #include <QImage>
 #include <QOpenGLBuffer>
 #include <QOpenGLShaderProgram>
@@ -160,11 +161,13 @@ void CGLWndPlayer::makeLabelTexture()
 }
 
 // A window that holds no GL yet is made anew when the surface is shown, and its context with it:
-// everything would be done twice.
+// everything would be done twice. eglfs draws the list with OpenGL as well: while the label's
+// texture is made, which locks all textures, every key would wait, for seconds on a slow processor.
 bool CGLWndPlayer::canRehearse() const
 {
     const QWindow* frame = window()->windowHandle();
     return !context() && frame && frame->surfaceType() != QSurface::RasterSurface &&
+           QGuiApplication::platformName() != QLatin1String("eglfs") &&
            QOpenGLContext::supportsThreadedOpenGL();
 }
 

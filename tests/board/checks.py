@@ -386,6 +386,19 @@ def it_comes_back_from_power_off(player):
 
 
 @check_of("long")
+def no_key_waits_for_what_is_done_ahead(player):
+    player.restart()
+    waits = []
+    for key in ["down", "up"] * 5:
+        before, begin = player.highlight(), time.monotonic()
+        player.press(key)
+        player.wait(lambda: player.highlight() not in (0, before), "another row")
+        waits.append(time.monotonic() - begin)
+    print("s:", *(f"{wait:.1f}" for wait in waits))
+    expect(waits[0] < sorted(waits)[5] + 3, "the first key waits no longer than others")
+
+
+@check_of("long")
 def thirty_times_Play_and_Back_take_no_memory(player):
     sizes = []
     for _ in range(30):
