@@ -1,6 +1,7 @@
 #include "platform/SurfaceFormat.h"
 
 #include <QByteArray>
+#include <QDir>
 #include <QOffscreenSurface>
 #include <QOpenGLContext>
 #include <QOpenGLFunctions>
@@ -13,6 +14,13 @@ namespace {
 // Parts of the names under which renderers without a GPU are known.
 constexpr std::array<const char*, 4> kSoftwareRenderers = {"llvmpipe", "softpipe", "swrast",
                                                            "SwiftShader"};
+
+// Asking the renderer takes 4 ms of the start; where no graphics device is, its answer is known.
+bool hasGraphicsDevice()
+{
+    const QDir devices(QStringLiteral("/dev/dri"));
+    return !devices.entryList({"card*", "renderD*"}, QDir::System).isEmpty();
+}
 
 QByteArray rendererName(const QSurfaceFormat& format)
 {
@@ -53,5 +61,6 @@ QSurfaceFormat adaptPlatformSurfaceFormat(const QSurfaceFormat& format)
     adapted.setVersion(2, 0);
     QSurfaceFormat probe = adapted;
     probe.setSamples(0);
-    return isSoftware(rendererName(probe)) ? withoutLuxury(adapted) : adapted;
+    return hasGraphicsDevice() && !isSoftware(rendererName(probe)) ? adapted
+                                                                   : withoutLuxury(adapted);
 }
