@@ -13,7 +13,7 @@
 namespace {
 
 constexpr int kRgbaBytes = 4;
-constexpr int kBandRows = 64; // even, for two rows share their colours
+constexpr int kBandRows = 16; // even, for two rows share their colours
 constexpr GLuint kUsesLogical = 0xFFFFFFFF;
 
 size_t pixelsOf(int width, int height)
