@@ -22,7 +22,7 @@ class FramePool : public std::enable_shared_from_this<FramePool>
 public:
     // At least 4 must be: one with the sink, one being shown, one due, one being filled. Positions
     // run ahead of the picture by as many frames, so many more would be felt.
-    static constexpr int kFrames = 5;
+    static constexpr int kFrames = 4;
 
     // Waits for a free frame of `size` bytes. Null when interrupted, or when memory is gone.
     GstMemory* take(size_t size);
