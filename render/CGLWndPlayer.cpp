@@ -107,9 +107,40 @@ void CGLWndPlayer::forgetPicture()
     m_bPicture = false;
 }
 
+// The framebuffer is a new one.
 void CGLWndPlayer::resizeGL(int w, int h)
 {
+    giveDepthBack();
     glViewport(0, 0, w, h);
+}
+
+// Nothing is tested for depth, but the toolkit gives each framebuffer a depth and stencil buffer as
+// large as its picture, times the samples. It keeps their names, so they are made as small as can
+// be.
+void CGLWndPlayer::giveDepthBack()
+{
+    for (const GLenum attachment : {GL_DEPTH_ATTACHMENT, GL_STENCIL_ATTACHMENT}) {
+        const GLuint buffer = attachedBuffer(attachment);
+        if (buffer == 0)
+            continue;
+        glFramebufferRenderbuffer(GL_FRAMEBUFFER, attachment, GL_RENDERBUFFER, 0);
+        glBindRenderbuffer(GL_RENDERBUFFER, buffer);
+        glRenderbufferStorage(GL_RENDERBUFFER, GL_STENCIL_INDEX8, 1, 1);
+    }
+    glBindRenderbuffer(GL_RENDERBUFFER, 0);
+}
+
+GLuint CGLWndPlayer::attachedBuffer(GLenum attachment)
+{
+    GLint value = GL_NONE;
+    const auto ask = [&](GLenum what) {
+        glGetFramebufferAttachmentParameteriv(GL_FRAMEBUFFER, attachment, what, &value);
+    };
+    ask(GL_FRAMEBUFFER_ATTACHMENT_OBJECT_TYPE);
+    if (value != GL_RENDERBUFFER)
+        return 0;
+    ask(GL_FRAMEBUFFER_ATTACHMENT_OBJECT_NAME);
+    return static_cast<GLuint>(value);
 }
 
 void CGLWndPlayer::paintGL()

@@ -84,6 +84,8 @@ private:
         bool isNew;
     };
 
+    void giveDepthBack();
+    GLuint attachedBuffer(GLenum attachment); // 0: none
     void makeQuad();
     void makeVideoProgram();
     void makeLabelProgram();

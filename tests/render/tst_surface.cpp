@@ -200,6 +200,18 @@ private slots:
         QCOMPARE(drawnIn(picture(), picture().rect()), 0); // and no label
     }
 
+    void keepsNoDepthBuffer()
+    {
+        for (const int width : {320, 300}) {
+            m_surface->resize(width, 240); // a new framebuffer
+            m_surface->makeCurrent();
+            GLint kind = -1;
+            m_surface->context()->functions()->glGetFramebufferAttachmentParameteriv(
+                GL_FRAMEBUFFER, GL_DEPTH_ATTACHMENT, GL_FRAMEBUFFER_ATTACHMENT_OBJECT_TYPE, &kind);
+            QCOMPARE(kind, GL_NONE);
+        }
+    }
+
     // A frame that waits during the change is drawn by the next context, which has all it needs.
     void survivesChangesOfItsContext()
     {
