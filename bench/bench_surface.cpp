@@ -4,12 +4,15 @@
 //   bench_surface clear    a QOpenGLWidget, cleared
 //   bench_surface draw     the same, drawing a 1080p texture with play.vert and play.frag
 //   bench_surface upload   the same, sending the texture anew each time
+//   bench_surface nap      no window: a thread that sleeps for 10 ms at a time, as the engine's
+//   does
 // It ends by itself after 20 s. Yellow, as bench/compare looks for.
 #include <QApplication>
 #include <QOpenGLFunctions>
 #include <QOpenGLShaderProgram>
 #include <QOpenGLWidget>
 #include <QScreen>
+#include <QThread>
 #include <QTimer>
 
 #include <memory>
@@ -19,6 +22,8 @@ namespace {
 
 constexpr int kFrames = 600;
 constexpr int kStepMs = 33;
+constexpr int kNaps = 2000;
+constexpr unsigned long kNapMs = 10;
 constexpr int kWidth = 1920;
 constexpr int kHeight = 1080;
 
@@ -95,12 +100,21 @@ void askForEs()
     QSurfaceFormat::setDefaultFormat(format);
 }
 
+int nap()
+{
+    for (int i = 0; i < kNaps; ++i)
+        QThread::msleep(kNapMs);
+    return EXIT_SUCCESS;
+}
+
 } // namespace
 
 int main(int argc, char** argv)
 {
     QApplication app(argc, argv);
     const QString what = QApplication::arguments().value(1);
+    if (what == "nap")
+        return nap();
     askForEs();
     QWidget window;
     window.setPalette(Qt::yellow);

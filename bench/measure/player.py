@@ -97,7 +97,16 @@ def steps(screen):
     pressed = screen.press("Left", "Return")
     result["Back to the list, ms"] = ms(player.wait_list() - pressed)
     player.leave()
+    result["CPU of naps of 10 ms and nothing else, % of a core"] = naps()
     return result
+
+
+def naps():
+    process = Process(BUILD + "bench/bench_surface", "nap")
+    time.sleep(SETTLE)
+    load = process.load(IDLE)
+    process.end()
+    return load
 
 
 def between_files(seen):
