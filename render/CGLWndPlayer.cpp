@@ -115,8 +115,7 @@ void CGLWndPlayer::resizeGL(int w, int h)
 }
 
 // Nothing is tested for depth, but the toolkit gives each framebuffer a depth and stencil buffer as
-// large as its picture, times the samples. It keeps their names, so they are made as small as can
-// be.
+// large as its picture, times the samples. It keeps their names, so they are made small.
 void CGLWndPlayer::giveDepthBack()
 {
     for (const GLenum attachment : {GL_DEPTH_ATTACHMENT, GL_STENCIL_ATTACHMENT}) {

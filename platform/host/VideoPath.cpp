@@ -12,7 +12,8 @@ void addGhostPad(GstElement* bin, GstElement* element, const char* name)
 }
 
 // With frame threads, decoders on the CPU keep a frame back for each, and tables of its own: 20 MB
-// at 1920x1080, and the first picture later. A hardware decoder does neither.
+// at 1920x1080, and the first picture later. A hardware decoder does neither. Called in the thread
+// that adds the element, before it is started.
 void decodeInOrder(GstElement* /*playbin*/, GstElement* element, gpointer /*user*/)
 {
     if (g_object_class_find_property(G_OBJECT_GET_CLASS(element), "thread-type"))
