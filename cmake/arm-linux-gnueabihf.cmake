@@ -8,7 +8,7 @@ set(QP_SYSROOT "${CMAKE_CURRENT_LIST_DIR}/../build/sysroot-armhf" CACHE PATH "Un
 list(APPEND CMAKE_TRY_COMPILE_PLATFORM_VARIABLES QP_SYSROOT)
 get_filename_component(CMAKE_SYSROOT "${QP_SYSROOT}" ABSOLUTE)
 if(NOT EXISTS ${CMAKE_SYSROOT}/.packages)
-  message(FATAL_ERROR "There is no sysroot in ${CMAKE_SYSROOT}: run cmake/make-sysroot.sh first")
+  message(FATAL_ERROR "There is no sysroot in ${CMAKE_SYSROOT}: run tools/make-sysroot.sh first")
 endif()
 
 set(CMAKE_C_COMPILER arm-linux-gnueabihf-gcc)

@@ -2,7 +2,7 @@
 # drive.sh drawn|own|tour: drives the player on the current display as a user with a keyboard would,
 # through the drawn recordings, through whatever the demo device was pointed at, or on a short tour
 # that is filmed. Leaves numbered screenshots, or the film; started by demo/run.
-. "$(dirname "$0")/../cmake/setup.sh"
+. "$(dirname "$0")/../tools/setup.sh"
 . demo/session.sh
 
 shots=$demo/screenshots

@@ -481,7 +481,7 @@ def main():
         shutil.rmtree(folder, ignore_errors=True)
     seen.mkdir(parents=True)
     package = ["device"] if options.kind == "device" else options.package
-    package, system, *more = run(TOP / "cmake/make-board.py", options.arch, *package).splitlines()
+    package, system, *more = run(TOP / "tools/make-board.py", options.arch, *package).splitlines()
     make_extra(work / "extra", package, *more, *options.extra)
     board = Board(options.arch, Path(system), work / "extra", seen, display=options.display or "none")
     try:

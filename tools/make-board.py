@@ -73,7 +73,7 @@ def digest(text):
     return hashlib.sha256(text.encode()).hexdigest()[:12]
 
 
-def build_package(arch, platform="host", *arguments):
+def build_package(arch, platform="open", *arguments):
     """The package of the working tree, built again only where it has changed outside of tests/."""
     commit = run("git", "stash", "create", cwd=TOP).strip() or "HEAD"
     tree = re.sub(r".*\t(tests|bench|fuzz|\.ci|HACKING\.md)\n", "", run("git", "ls-tree", commit, cwd=TOP))
@@ -94,7 +94,7 @@ def build_package(arch, platform="host", *arguments):
 
 def build_stand_ins():
     """A folder with the stand-ins where the device has its own libraries and its decoder."""
-    run(TOP / "cmake/make-sysroot.sh")
+    run(TOP / "tools/make-sysroot.sh")
     run("cmake", "--preset", "arm", cwd=TOP)
     run("cmake", "--build", "--preset", "arm", "--target", "vendor", cwd=TOP)
     root = BUILD / "device"
@@ -137,7 +137,7 @@ def unpack(arch, packages, tree):
     run("mmdebstrap", "--quiet", "--variant=extract", "--architectures=" + arch,
         "--components=main", "--hook-dir=/usr/share/mmdebstrap/hooks/merged-usr",
         "--skip=cleanup/apt/cache", "--include=" + ",".join(packages), release, tree,
-        run(TOP / "cmake/mirror.sh").strip())
+        run(TOP / "tools/mirror.sh").strip())
     archives = tree / "var/cache/apt/archives"
     with open(tree / "var/lib/dpkg/status", "a") as status:  # or the package could not be installed
         for deb in archives.glob("*.deb"):

@@ -12,7 +12,7 @@ step() {
 # missing_packages [PROFILE...]: the build dependencies that are not installed, one a line.
 missing_packages() {
     local wanted
-    wanted=$(cmake/build-depends.sh "$@" | sort -u)
+    wanted=$(tools/build-depends.sh "$@" | sort -u)
     # An installed package of a foreign architecture prints the same name; that is near enough.
     comm -23 <(echo "$wanted") \
         <(dpkg-query -W -f '${Package} ${db:Status-Status}\n' $wanted 2>/dev/null |
