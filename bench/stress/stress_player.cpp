@@ -12,7 +12,7 @@
 #include "app/HeapSettings.h"
 #include "bench/OwnPlayer.h"
 #include "common/CPlayerDatas.h"
-#include "platform/host/HostCounters.h"
+#include "platform/open/HostCounters.h"
 
 #include <QMap>
 

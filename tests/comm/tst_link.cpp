@@ -1,7 +1,7 @@
 // The link, the stand-in of the library below it, and the real hub at the other end.
 #include "comm/CInnerCommunication.h"
-#include "platform/host/commif/PacketSocket.h"
 #include "platform/libcommif.h"
+#include "platform/open/commif/PacketSocket.h"
 #include "tests/Rows.h"
 #include "tests/comm/HubProcess.h"
 

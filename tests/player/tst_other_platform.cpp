@@ -7,7 +7,7 @@
 #include "tests/player/Engine.h"
 
 #include "platform/VideoPath.h"
-#include "platform/host/FrameExporter.h"
+#include "platform/open/FrameExporter.h"
 
 #include <functional>
 

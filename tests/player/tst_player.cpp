@@ -1,6 +1,6 @@
 // The engine against real clips.
-#include "platform/host/FramePool.h"
-#include "platform/host/HostCounters.h"
+#include "platform/open/FramePool.h"
+#include "platform/open/HostCounters.h"
 #include "tests/Rows.h"
 #include "tests/player/Engine.h"
 

@@ -1,0 +1,301 @@
+#include "platform/open/FrameExporter.h"
+
+#include "platform/open/FrameCopy.h"
+#include "platform/open/FramePool.h"
+#include "platform/open/HostCounters.h"
+#include "platform/open/TimestampRepair.h"
+#include "platform/phymem.h"
+
+#include <algorithm>
+#include <chrono>
+#include <memory>
+
+#include <gst/base/gstbasetransform.h>
+#include <gst/video/video.h>
+
+namespace {
+
+constexpr GstClockTime kUnknownFrameDuration = 40 * GST_MSECOND;
+
+// What the end of stream waits for at most: the longest step from frame to frame, and as much
+// again, and what a busy machine may need on top.
+constexpr GstClockTime kEndPatience = 3 * GST_SECOND;
+// And how long the last frame stays, whatever it says of itself.
+constexpr GstClockTime kLongestStay = 30 * GST_SECOND;
+
+#define EXPORTER_SIZES "width = [ 1, 16384 ], height = [ 1, 16384 ]"
+
+GstStaticPadTemplate s_SinkTemplate = GST_STATIC_PAD_TEMPLATE(
+    "sink", GST_PAD_SINK, GST_PAD_ALWAYS,
+    GST_STATIC_CAPS("video/x-raw, format = { NV12, I420 }, " EXPORTER_SIZES));
+GstStaticPadTemplate s_SourceTemplate =
+    GST_STATIC_PAD_TEMPLATE("src", GST_PAD_SRC, GST_PAD_ALWAYS,
+                            GST_STATIC_CAPS("video/x-raw, format = NV12, " EXPORTER_SIZES));
+
+struct ExporterState
+{
+    std::shared_ptr<FramePool> pool = std::make_shared<FramePool>();
+    // Streaming thread only.
+    TimestampRepair times;
+    GstVideoInfo info = {}; // of what comes in
+    GstClockTime stay = 0;  // of the last frame
+};
+
+} // namespace
+
+struct QuadplayerFrameExporter
+{
+    GstBaseTransform base;
+    ExporterState* state;
+};
+struct QuadplayerFrameExporterClass
+{
+    GstBaseTransformClass base;
+};
+
+G_DEFINE_TYPE(QuadplayerFrameExporter, quadplayer_frame_exporter, GST_TYPE_BASE_TRANSFORM)
+
+namespace {
+
+GstBaseTransformClass* parentClass()
+{
+    return GST_BASE_TRANSFORM_CLASS(quadplayer_frame_exporter_parent_class);
+}
+
+ExporterState& stateOf(gpointer element)
+{
+    return *reinterpret_cast<QuadplayerFrameExporter*>(element)->state;
+}
+
+// --- What goes in and what comes out
+
+void roundUp(GstStructure* structure, const char* field)
+{
+    int size = 0;
+    if (gst_structure_get_int(structure, field, &size))
+        gst_structure_set(structure, field, G_TYPE_INT, evenSize(size), nullptr);
+}
+
+void allowRoundedUp(GstStructure* structure, const char* field)
+{
+    int size = 0;
+    if (gst_structure_get_int(structure, field, &size) && size > 1)
+        gst_structure_set(structure, field, GST_TYPE_INT_RANGE, size - 1, size, nullptr);
+}
+
+void toSourceSide(GstStructure* structure)
+{
+    gst_structure_set(structure, "format", G_TYPE_STRING, "NV12", nullptr);
+    roundUp(structure, "width");
+    roundUp(structure, "height");
+}
+
+void toSinkSide(GstStructure* structure)
+{
+    gst_structure_remove_field(structure, "format"); // the template says which there are
+    allowRoundedUp(structure, "width");
+    allowRoundedUp(structure, "height");
+}
+
+GstCaps* transformCaps(GstBaseTransform*, GstPadDirection direction, GstCaps* caps, GstCaps* filter)
+{
+    GstCaps* result = gst_caps_copy(caps);
+    for (guint i = 0; i < gst_caps_get_size(result); ++i) {
+        GstStructure* structure = gst_caps_get_structure(result, i);
+        if (direction == GST_PAD_SINK)
+            toSourceSide(structure);
+        else
+            toSinkSide(structure);
+    }
+    if (filter) {
+        GstCaps* all = result;
+        result = gst_caps_intersect_full(filter, all, GST_CAPS_INTERSECT_FIRST);
+        gst_caps_unref(all);
+    }
+    return result;
+}
+
+gboolean setCaps(GstBaseTransform* base, GstCaps* in, GstCaps*)
+{
+    return gst_video_info_from_caps(&stateOf(base).info, in);
+}
+
+// Decoders may then write frames with gaps between the rows; they are read by their video meta.
+gboolean proposeAllocation(GstBaseTransform*, GstQuery*, GstQuery* query)
+{
+    gst_query_add_allocation_meta(query, GST_VIDEO_META_API_TYPE, nullptr);
+    return TRUE;
+}
+
+// Frames come from the pool alone, whatever the sink would offer.
+gboolean decideAllocation(GstBaseTransform*, GstQuery*)
+{
+    return TRUE;
+}
+
+// --- One frame
+
+GstClockTime durationOf(const ExporterState& state, GstBuffer* buffer)
+{
+    const GstClockTime duration = GST_BUFFER_DURATION(buffer);
+    if (GST_CLOCK_TIME_IS_VALID(duration) && duration > 0)
+        return duration;
+    const int frames = GST_VIDEO_INFO_FPS_N(&state.info);
+    return frames > 0 ? gst_util_uint64_scale(GST_SECOND, GST_VIDEO_INFO_FPS_D(&state.info), frames)
+                      : kUnknownFrameDuration;
+}
+
+void setTimes(GstBaseTransform* base, GstBuffer* in, GstBuffer* out)
+{
+    ExporterState& state = stateOf(base);
+    const GstClockTime duration = durationOf(state, in);
+    const bool forward = base->segment.rate > 0;
+    GST_BUFFER_PTS(out) =
+        forward ? state.times.repaired(GST_BUFFER_PTS(in), duration) : GST_BUFFER_PTS(in);
+    GST_BUFFER_DURATION(out) = duration;
+    state.stay = std::min(duration, kLongestStay);
+}
+
+GstFlowReturn prepareOutputBuffer(GstBaseTransform* base, GstBuffer* in, GstBuffer** out)
+{
+    ExporterState& state = stateOf(base);
+    const int width = evenSize(GST_VIDEO_INFO_WIDTH(&state.info));
+    const int height = evenSize(GST_VIDEO_INFO_HEIGHT(&state.info));
+    GstMemory* memory = state.pool->take(tightNv12Size(width, height));
+    if (!memory && state.pool->isInterrupted())
+        return GST_FLOW_FLUSHING;
+    if (!memory) {
+        GST_ELEMENT_ERROR(base, RESOURCE, NO_SPACE_LEFT, ("No memory for a frame"), (nullptr));
+        return GST_FLOW_ERROR;
+    }
+    *out = gst_buffer_new();
+    gst_buffer_append_memory(*out, memory);
+    gst_buffer_copy_into(*out, in, GST_BUFFER_COPY_FLAGS, 0, -1);
+    // Said expressly: GStreamer's own layout has other strides for most widths.
+    gsize offsets[GST_VIDEO_MAX_PLANES] = {0, static_cast<gsize>(width) * height};
+    gint strides[GST_VIDEO_MAX_PLANES] = {width, width};
+    gst_buffer_add_video_meta_full(*out, GST_VIDEO_FRAME_FLAG_NONE, GST_VIDEO_FORMAT_NV12, width,
+                                   height, 2, offsets, strides);
+    setTimes(base, in, *out);
+    return GST_FLOW_OK;
+}
+
+// The block is written by its address: mapping it would count as showing it.
+GstFlowReturn transformFrame(GstBaseTransform* base, GstBuffer* in, GstBuffer* out)
+{
+    GstVideoFrame frame;
+    if (!gst_video_frame_map(&frame, &stateOf(base).info, in, GST_MAP_READ)) {
+        GST_ELEMENT_ERROR(base, STREAM, FORMAT, ("A decoded frame cannot be read"), (nullptr));
+        return GST_FLOW_ERROR;
+    }
+    copyAsTightNv12(frame, gst_buffer_query_phymem_block(out)->vaddr);
+    gst_video_frame_unmap(&frame);
+    ++hostCounters().framesExported;
+    return GST_FLOW_OK;
+}
+
+// --- Events and states
+
+// False when it must not go on.
+bool holdEndOfStream(ExporterState& state)
+{
+    const GstClockTime patience = kEndPatience + 2 * state.times.longestStep();
+    return state.pool->waitUntilShown(std::chrono::nanoseconds(patience),
+                                      std::chrono::nanoseconds(state.stay));
+}
+
+void resetTimes(ExporterState& state, GstEvent* segmentEvent)
+{
+    const GstSegment* segment = nullptr;
+    gst_event_parse_segment(segmentEvent, &segment);
+    state.times.reset(segment->format == GST_FORMAT_TIME ? segment->start : 0);
+}
+
+gboolean sinkEvent(GstBaseTransform* base, GstEvent* event)
+{
+    ExporterState& state = stateOf(base);
+    switch (GST_EVENT_TYPE(event)) {
+    case GST_EVENT_FLUSH_START:
+        state.pool->setFlushing(true);
+        break;
+    case GST_EVENT_FLUSH_STOP:
+        state.pool->setFlushing(false);
+        state.times.reset(0);
+        state.stay = 0;
+        break;
+    case GST_EVENT_SEGMENT:
+        resetTimes(state, event);
+        break;
+    case GST_EVENT_EOS:
+        if (!holdEndOfStream(state)) {
+            // Overtaken by a flush that has not reached the sink yet, it would end the playback.
+            gst_event_unref(event);
+            return TRUE;
+        }
+        break;
+    default:
+        break;
+    }
+    return parentClass()->sink_event(base, event);
+}
+
+// All switches come before the parent acts: it waits for the streaming thread, which may be
+// waiting in the pool.
+GstStateChangeReturn changeState(GstElement* element, GstStateChange transition)
+{
+    FramePool& pool = *stateOf(element).pool;
+    switch (transition) {
+    case GST_STATE_CHANGE_READY_TO_PAUSED:
+        pool.setActive(true);
+        break;
+    case GST_STATE_CHANGE_PAUSED_TO_PLAYING:
+        pool.setPlaying(true);
+        break;
+    case GST_STATE_CHANGE_PLAYING_TO_PAUSED:
+        pool.setPlaying(false);
+        break;
+    case GST_STATE_CHANGE_PAUSED_TO_READY:
+        pool.setActive(false);
+        break;
+    default:
+        break;
+    }
+    return GST_ELEMENT_CLASS(quadplayer_frame_exporter_parent_class)
+        ->change_state(element, transition);
+}
+
+void finalize(GObject* object)
+{
+    delete reinterpret_cast<QuadplayerFrameExporter*>(object)->state;
+    G_OBJECT_CLASS(quadplayer_frame_exporter_parent_class)->finalize(object);
+}
+
+} // namespace
+
+static void quadplayer_frame_exporter_class_init(QuadplayerFrameExporterClass* klass)
+{
+    G_OBJECT_CLASS(klass)->finalize = finalize;
+    GstElementClass* element = GST_ELEMENT_CLASS(klass);
+    element->change_state = changeState;
+    gst_element_class_add_static_pad_template(element, &s_SinkTemplate);
+    gst_element_class_add_static_pad_template(element, &s_SourceTemplate);
+    gst_element_class_set_static_metadata(element, "Frame exporter", "Filter/Video",
+                                          "Puts frames into physical memory", "quadplayer");
+    klass->base.transform_caps = transformCaps;
+    klass->base.set_caps = setCaps;
+    klass->base.propose_allocation = proposeAllocation;
+    klass->base.decide_allocation = decideAllocation;
+    klass->base.prepare_output_buffer = prepareOutputBuffer;
+    klass->base.transform = transformFrame;
+    klass->base.sink_event = sinkEvent;
+}
+
+static void quadplayer_frame_exporter_init(QuadplayerFrameExporter* exporter)
+{
+    exporter->state = new ExporterState;
+}
+
+GstElement* newFrameExporter()
+{
+    return GST_ELEMENT(g_object_new(quadplayer_frame_exporter_get_type(), nullptr));
+}
