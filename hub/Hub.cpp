@@ -12,7 +12,8 @@
 
 namespace {
 
-constexpr int kPlayerReadsMs = 5000; // a player that takes nothing for so long is given up
+constexpr int kPlayerReadsMs = 5000; // the hub stops sending to a player that takes nothing so long
+constexpr int kAcceptAgainMs = 1000;
 
 } // namespace
 
@@ -40,10 +41,10 @@ bool Hub::waitForWork()
 {
     std::vector<pollfd> all = {{m_stop.get(), POLLIN, 0},
                                {m_bPrompt ? STDIN_FILENO : -1, POLLIN, 0},
-                               {m_listener.get(), POLLIN, 0}};
+                               {m_bAcceptFailed ? -1 : m_listener.get(), POLLIN, 0}};
     for (const FileDescriptor& player : m_vecPlayers)
         all.push_back({player.get(), POLLIN | POLLRDHUP, 0});
-    const bool failed = poll(all.data(), all.size(), -1) < 0;
+    const bool failed = poll(all.data(), all.size(), m_bAcceptFailed ? kAcceptAgainMs : -1) < 0;
     m_bInputReady = !failed && all[1].revents != 0;
     return failed ? errno == EINTR : all[0].revents == 0;
 }
@@ -53,6 +54,7 @@ void Hub::acceptPlayers()
     for (;;) {
         FileDescriptor player(
             accept4(m_listener.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK));
+        m_bAcceptFailed = !player.isValid() && errno != EAGAIN;
         if (!player.isValid())
             return;
         std::puts("player connected");

@@ -2,16 +2,20 @@
 #include "comm/CInnerCommunication.h"
 #include "platform/libcommif.h"
 #include "platform/open/commif/PacketSocket.h"
+#include "platform/open/commif/SocketPath.h"
 #include "tests/Rows.h"
 #include "tests/comm/HubProcess.h"
 
 #include <QtTest>
 
+#include <sys/resource.h>
 #include <sys/socket.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <atomic>
 #include <csignal>
+#include <ctime>
 #include <functional>
 #include <future>
 #include <mutex>
@@ -36,6 +40,15 @@ constexpr unsigned kNotConnected = 4;
 std::string runtimeFile(const char* name)
 {
     return qgetenv("XDG_RUNTIME_DIR").toStdString() + '/' + name;
+}
+
+qint64 cpuTimeMs(pid_t process)
+{
+    clockid_t clock;
+    timespec time = {};
+    clock_getcpuclockid(process, &clock);
+    clock_gettime(clock, &time);
+    return time.tv_sec * 1000 + time.tv_nsec / 1000000;
 }
 
 unsigned errorOf(int result)
@@ -282,6 +295,47 @@ private slots:
         QVERIFY(KvrComm_IsReady() != 0);
         QCOMPARE(send(kEmptyPacket), 0U);
         QVERIFY(next.waitFor("received type=1\n"));
+    }
+
+    void socketPath_data()
+    {
+        columns<QByteArray, QByteArray, QByteArray>({"link", "runtime", "path"});
+        const QByteArray own = "/tmp/quadplayer-" + QByteArray::number(geteuid());
+        const QByteArray name = "/quadplayer-commif.sock";
+        row("named", QByteArray("/a"), QByteArray("/b"), QByteArray("/a"));
+        row("name empty", QByteArray(""), QByteArray("/b"), "/b" + name);
+        row("both empty", QByteArray(""), QByteArray(""), own + name);
+    }
+    void socketPath()
+    {
+        QFETCH(QByteArray, link);
+        QFETCH(QByteArray, runtime);
+        QFETCH(QByteArray, path);
+        const QByteArray before = qgetenv("XDG_RUNTIME_DIR");
+        qputenv("QUADPLAYER_LINK", link);
+        qputenv("XDG_RUNTIME_DIR", runtime);
+        const std::string found = commSocketPath();
+        qunsetenv("QUADPLAYER_LINK");
+        qputenv("XDG_RUNTIME_DIR", before);
+        QCOMPARE(found.c_str(), path.constData());
+    }
+
+    // A caller that the hub has no descriptor for stays in its queue: the hub must not spin.
+    void callerWithoutDescriptor()
+    {
+        HubProcess hub;
+        const auto id = static_cast<pid_t>(hub.id());
+        rlimit enough;
+        prlimit(id, RLIMIT_NOFILE, nullptr, &enough);
+        const rlimit none = {4, enough.rlim_max}; // it has more than four open
+        prlimit(id, RLIMIT_NOFILE, &none, nullptr);
+        const FileDescriptor caller = connectTo(runtimeFile("quadplayer-commif.sock"));
+        const qint64 before = cpuTimeMs(id);
+        QTest::qWait(500);
+        QVERIFY(cpuTimeMs(id) - before < 100);
+        QCOMPARE(hub.output().count("player connected"), 0);
+        prlimit(id, RLIMIT_NOFILE, &enough, nullptr);
+        QVERIFY(hub.waitFor("player connected"));
     }
 
     void listensOnlyOverStaleSocket()
