@@ -44,10 +44,7 @@ CInnerCommunication::CInnerCommunication() : m_pReInitTimer(new QTimer(this))
 
 CInnerCommunication::~CInnerCommunication()
 {
-    if (m_pReInitTimer->isActive())
-        m_pReInitTimer->stop();
-    delete m_pReInitTimer;
-    m_pReInitTimer = nullptr;
+    delete m_pReInitTimer; // stops it, too
 }
 
 void CInnerCommunication::initInnerComm()
@@ -62,8 +59,7 @@ void CInnerCommunication::setUp()
 {
     qDebug("inner communication init success.");
     m_bInited = true;
-    if (m_pReInitTimer->isActive())
-        m_pReInitTimer->stop();
+    m_pReInitTimer->stop();
 }
 
 void CInnerCommunication::retryLater()

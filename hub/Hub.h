@@ -32,7 +32,7 @@ private:
     std::vector<FileDescriptor> m_vecPlayers;
     LineReader m_input;
     bool m_bPrompt;
-    bool m_bAcceptFailed = false; // e.g. no descriptors: the caller stays in the queue, so do not spin
+    bool m_bAcceptFailed = false; // the caller stays in the queue: poll() without it
     bool m_bInputReady = false;
     bool m_bQuit = false;
 };
