@@ -6,15 +6,38 @@
 
 namespace {
 
-const uint8_t* plane(const GstVideoFrame& frame, int index)
+// One plane, mapped for reading. Not gst_video_frame_map(): it takes its sizes from the video meta.
+class MappedPlane
 {
-    return static_cast<const uint8_t*>(GST_VIDEO_FRAME_PLANE_DATA(&frame, index));
-}
+public:
+    MappedPlane(GstBuffer* buffer, const FrameLayout::Plane& plane)
+        : m_pBuffer(buffer), m_nStride(plane.stride)
+    {
+        guint first = 0;
+        guint count = 0;
+        m_bMapped =
+            plane.bytes > 0 &&
+            gst_buffer_find_memory(buffer, plane.offset, plane.bytes, &first, &count, &m_nSkip) &&
+            gst_buffer_map_range(buffer, first, static_cast<gint>(count), &m_Map, GST_MAP_READ);
+    }
+    ~MappedPlane()
+    {
+        if (m_bMapped)
+            gst_buffer_unmap(m_pBuffer, &m_Map);
+    }
+    MappedPlane(const MappedPlane&) = delete;
+    MappedPlane& operator=(const MappedPlane&) = delete;
 
-int stride(const GstVideoFrame& frame, int index)
-{
-    return GST_VIDEO_FRAME_PLANE_STRIDE(&frame, index);
-}
+    const uint8_t* data() const { return m_bMapped ? m_Map.data + m_nSkip : nullptr; }
+    int stride() const { return m_nStride; }
+
+private:
+    GstBuffer* const m_pBuffer;
+    const int m_nStride;
+    GstMapInfo m_Map;
+    gsize m_nSkip = 0;
+    bool m_bMapped = false;
+};
 
 // Colours need no repeating: a picture of odd size has half of them, rounded up.
 void repeatLumaEdges(unsigned char* luma, int width, int height)
@@ -30,19 +53,24 @@ void repeatLumaEdges(unsigned char* luma, int width, int height)
 
 } // namespace
 
-void copyAsTightNv12(const GstVideoFrame& frame, unsigned char* out)
+bool copyAsTightNv12(GstBuffer* buffer, const FrameLayout& layout, unsigned char* out)
 {
-    const int width = GST_VIDEO_FRAME_WIDTH(&frame);
-    const int height = GST_VIDEO_FRAME_HEIGHT(&frame);
-    const int outStride = evenSize(width);
-    unsigned char* colours = out + static_cast<size_t>(outStride) * evenSize(height);
-    if (GST_VIDEO_FRAME_FORMAT(&frame) == GST_VIDEO_FORMAT_NV12) {
-        libyuv::NV12Copy(plane(frame, 0), stride(frame, 0), plane(frame, 1), stride(frame, 1), out,
-                         outStride, colours, outStride, width, height);
+    const int outStride = evenSize(layout.width);
+    unsigned char* colours = out + static_cast<size_t>(outStride) * evenSize(layout.height);
+    const MappedPlane y(buffer, layout.planes[0]);
+    const MappedPlane u(buffer, layout.planes[1]);
+    const MappedPlane v(buffer, layout.planes[2]);
+    if (!y.data() || !u.data())
+        return false;
+    if (layout.format == GST_VIDEO_FORMAT_NV12) {
+        libyuv::NV12Copy(y.data(), y.stride(), u.data(), u.stride(), out, outStride, colours,
+                         outStride, layout.width, layout.height);
+    } else if (v.data()) {
+        libyuv::I420ToNV12(y.data(), y.stride(), u.data(), u.stride(), v.data(), v.stride(), out,
+                           outStride, colours, outStride, layout.width, layout.height);
     } else {
-        libyuv::I420ToNV12(plane(frame, 0), stride(frame, 0), plane(frame, 1), stride(frame, 1),
-                           plane(frame, 2), stride(frame, 2), out, outStride, colours, outStride,
-                           width, height);
+        return false;
     }
-    repeatLumaEdges(out, width, height);
+    repeatLumaEdges(out, layout.width, layout.height);
+    return true;
 }

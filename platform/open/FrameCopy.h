@@ -1,7 +1,7 @@
 // Writes a decoded picture as the hardware decoder would: NV12, rows without gaps, even sizes.
 #pragma once
 
-#include <gst/video/video.h>
+#include "platform/open/FrameLayout.h"
 
 // Sizes are rounded up to even, because four luma pixels share one colour.
 constexpr int evenSize(int size)
@@ -14,6 +14,6 @@ constexpr size_t tightNv12Size(int width, int height)
     return static_cast<size_t>(width) * static_cast<size_t>(height) * 3 / 2;
 }
 
-// `frame` is mapped I420 or NV12 of any size; `out` has room for tightNv12Size() of the even size.
-// Edges are repeated where a size was rounded up.
-void copyAsTightNv12(const GstVideoFrame& frame, unsigned char* out);
+// `layout` is that of `buffer`, I420 or NV12; `out` has room for tightNv12Size() of the even size.
+// Edges are repeated where a size was rounded up. False: the buffer cannot be mapped.
+bool copyAsTightNv12(GstBuffer* buffer, const FrameLayout& layout, unsigned char* out);

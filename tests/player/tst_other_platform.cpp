@@ -11,6 +11,8 @@
 
 #include <functional>
 
+#include <gst/video/video.h>
+
 namespace {
 
 constexpr int kFrames = 3;    // fewer than the frame exporter has
@@ -66,6 +68,41 @@ GstPadProbeReturn probe(GstPad*, GstPadProbeInfo* info, gpointer)
     return passes ? GST_PAD_PROBE_OK : GST_PAD_PROBE_DROP;
 }
 
+// The bytes that the exporter makes of a buffer, in hexadecimal; empty: an error.
+QByteArray exported(const char* capsText, GstBuffer* buffer)
+{
+    static QByteArray bytes;
+    GstElement* exporter = GST_ELEMENT(gst_object_ref_sink(newFrameExporter()));
+    GstPad* in = gst_element_get_static_pad(exporter, "sink");
+    GstPad* out = gst_element_get_static_pad(exporter, "src");
+    GstPad* end = gst_pad_new("end", GST_PAD_SINK);
+    gst_pad_set_chain_function(end, [](GstPad*, GstObject*, GstBuffer* frame) {
+        GstMapInfo map;
+        gst_buffer_map(frame, &map, GST_MAP_READ);
+        bytes = QByteArray(reinterpret_cast<char*>(map.data), int(map.size)).toHex();
+        gst_buffer_unmap(frame, &map);
+        gst_buffer_unref(frame);
+        return GST_FLOW_OK;
+    });
+    gst_pad_link(out, end);
+    gst_pad_set_active(end, TRUE);
+    gst_element_set_state(exporter, GST_STATE_PLAYING);
+    GstSegment segment;
+    gst_segment_init(&segment, GST_FORMAT_TIME);
+    GstCaps* caps = gst_caps_from_string(capsText);
+    for (GstEvent* event : {gst_event_new_stream_start("s"), gst_event_new_caps(caps),
+                            gst_event_new_segment(&segment)})
+        gst_pad_send_event(in, event);
+    bytes.clear();
+    if (gst_pad_chain(in, buffer) != GST_FLOW_OK)
+        bytes.clear();
+    gst_element_set_state(exporter, GST_STATE_NULL);
+    gst_caps_unref(caps);
+    for (gpointer object : {gpointer(in), gpointer(out), gpointer(end), gpointer(exporter)})
+        gst_object_unref(object);
+    return bytes;
+}
+
 GstFlowReturn onSample(GstElement*, gpointer)
 {
     if (s_beforeSample)
@@ -95,6 +132,7 @@ class tst_other_platform : public QObject
     Q_OBJECT
 
 private slots:
+    void initTestCase() { gst_init(nullptr, nullptr); }
     void init()
     {
         s_pass = nullptr;
@@ -243,6 +281,48 @@ private slots:
         s_bPhysical = true;
         QTRY_COMPARE_WITH_TIMEOUT(e.updates, kLastFrame - 1, kLimitMs);
         QCOMPARE(e.frames.load(), 0);
+    }
+
+    // Four by two pixels of an NV12 frame of eight by four, whose bytes are numbered; what says
+    // more than that is not read.
+    void readsTheFramesOwnBytesOnly_data()
+    {
+        columns<int, gint, gsize, guint, QByteArray>(
+            {"planes", "stride", "colours", "left", "expected"});
+        row("padded rows", 2, 8, gsize(32), 0U, QByteArray("0001020308090a0b20212223"));
+        row("crop", 2, 8, gsize(32), 2U, QByteArray("020304050a0b0c0d22232425"));
+        row("crop past the edge", 2, 8, gsize(32), 5U, QByteArray());
+        row("one plane", 1, 8, gsize(32), 0U, QByteArray());
+        row("three planes", 3, 8, gsize(32), 0U, QByteArray());
+        row("no stride", 2, 0, gsize(32), 0U, QByteArray());
+        row("rows backwards", 2, -8, gsize(32), 0U, QByteArray());
+        row("rows over rows", 2, 3, gsize(32), 0U, QByteArray());
+        row("rows past the end", 2, G_MAXINT, gsize(32), 0U, QByteArray());
+        row("colours at the end", 2, 8, gsize(44), 0U, QByteArray("0001020308090a0b2c2d2e2f"));
+        row("colours past the end", 2, 8, gsize(45), 0U, QByteArray());
+        row("colours nowhere", 2, 8, G_MAXSIZE, 0U, QByteArray());
+    }
+    void readsTheFramesOwnBytesOnly()
+    {
+        QFETCH(int, planes);
+        QFETCH(gint, stride);
+        QFETCH(gsize, colours);
+        QFETCH(guint, left);
+        QFETCH(QByteArray, expected);
+        GstBuffer* buffer = gst_buffer_new_allocate(nullptr, 48, nullptr);
+        for (guint8 i = 0; i < 48; ++i)
+            gst_buffer_fill(buffer, i, &i, 1);
+        gsize offsets[GST_VIDEO_MAX_PLANES] = {0, colours};
+        gint strides[GST_VIDEO_MAX_PLANES] = {stride, stride};
+        gst_buffer_add_video_meta_full(buffer, GST_VIDEO_FRAME_FLAG_NONE, GST_VIDEO_FORMAT_NV12, 8,
+                                       4, guint(planes), offsets, strides);
+        GstVideoCropMeta* crop = gst_buffer_add_video_crop_meta(buffer);
+        crop->x = left;
+        crop->width = 4;
+        crop->height = 2;
+        QCOMPARE(exported("video/x-raw, format = NV12, width = 4, height = 2", buffer), expected);
+        buffer = gst_buffer_new();
+        QCOMPARE(exported("video/x-raw, format = I420, width = 4, height = 2", buffer), "");
     }
 
     // A start that gets nowhere counts as an error, a slow one does not; then the watch ends.

@@ -1,0 +1,77 @@
+#include "platform/open/FrameLayout.h"
+
+namespace {
+
+// Only metas that agree with the caps are of use: a smaller frame holds no picture of that size.
+bool agrees(const GstVideoMeta& meta, const GstVideoInfo& caps)
+{
+    return meta.format == GST_VIDEO_INFO_FORMAT(&caps) &&
+           meta.n_planes == GST_VIDEO_INFO_N_PLANES(&caps);
+}
+
+bool isPartOf(const FrameLayout& layout, const GstVideoCropMeta& picture)
+{
+    const auto width = static_cast<guint>(layout.width);
+    const auto height = static_cast<guint>(layout.height);
+    const auto codedWidth = static_cast<guint>(layout.codedWidth);
+    const auto codedHeight = static_cast<guint>(layout.codedHeight);
+    return picture.width >= width && picture.height >= height && codedWidth >= width &&
+           codedHeight >= height && picture.x <= codedWidth - width &&
+           picture.y <= codedHeight - height;
+}
+
+// In 64 bits, which no size of a picture and no stride can overflow. False: it leads out of
+// `available` bytes.
+bool place(FrameLayout::Plane& plane, const GstVideoFormatInfo* format, int component, int width,
+           int height, const GstVideoCropMeta& picture, guint64 available)
+{
+    const guint64 pixelBytes = GST_VIDEO_FORMAT_INFO_PSTRIDE(format, component);
+    const guint64 rowBytes =
+        GST_VIDEO_FORMAT_INFO_SCALE_WIDTH(format, component, width) * pixelBytes;
+    const guint64 rows = GST_VIDEO_FORMAT_INFO_SCALE_HEIGHT(format, component, height);
+    const guint64 left = (picture.x >> GST_VIDEO_FORMAT_INFO_W_SUB(format, component)) * pixelBytes;
+    const guint64 top = picture.y >> GST_VIDEO_FORMAT_INFO_H_SUB(format, component);
+    if (plane.stride <= 0 || static_cast<guint64>(plane.stride) < rowBytes)
+        return false;
+    const auto stride = static_cast<guint64>(plane.stride);
+    const guint64 skipped = top * stride + left;
+    const guint64 bytes = (rows - 1) * stride + rowBytes;
+    if (plane.offset > available || skipped + bytes > available - plane.offset)
+        return false;
+    plane.offset += static_cast<gsize>(skipped);
+    plane.bytes = static_cast<gsize>(bytes);
+    return true;
+}
+
+} // namespace
+
+std::optional<FrameLayout> frameLayoutOf(GstBuffer* buffer, const GstVideoInfo& caps)
+{
+    const GstVideoMeta* meta = gst_buffer_get_video_meta(buffer);
+    if (meta && !agrees(*meta, caps))
+        return {};
+    FrameLayout layout;
+    layout.format = GST_VIDEO_INFO_FORMAT(&caps);
+    layout.width = GST_VIDEO_INFO_WIDTH(&caps);
+    layout.height = GST_VIDEO_INFO_HEIGHT(&caps);
+    layout.codedWidth = meta ? static_cast<int>(meta->width) : layout.width;
+    layout.codedHeight = meta ? static_cast<int>(meta->height) : layout.height;
+
+    GstVideoCropMeta picture = {};
+    picture.width = static_cast<guint>(layout.width);
+    picture.height = static_cast<guint>(layout.height);
+    if (const GstVideoCropMeta* crop = gst_buffer_get_video_crop_meta(buffer))
+        picture = *crop;
+    if (!isPartOf(layout, picture))
+        return {};
+    // In the formats that are read here, plane n begins with component n.
+    for (guint i = 0; i < GST_VIDEO_INFO_N_PLANES(&caps); ++i) {
+        FrameLayout::Plane& plane = layout.planes[i];
+        plane.offset = meta ? meta->offset[i] : GST_VIDEO_INFO_PLANE_OFFSET(&caps, i);
+        plane.stride = meta ? meta->stride[i] : GST_VIDEO_INFO_PLANE_STRIDE(&caps, i);
+        if (!place(plane, caps.finfo, static_cast<int>(i), layout.width, layout.height, picture,
+                   gst_buffer_get_size(buffer)))
+            return {};
+    }
+    return layout;
+}
