@@ -8,12 +8,14 @@ from pathlib import Path
 
 from PIL import Image, ImageChops
 
-MACHINES = {  # a processor without AVX, whose emulation leaves dots along a triangle's edge
+from board_system import run
+
+MACHINES = {  # without AVX: emulated, it leaves dots along the edges of triangles
     "amd64": "qemu-system-x86_64 -M pc,i8042=off -accel tcg,thread=multi -cpu Nehalem".split(),
     "armhf": "qemu-system-arm -M virt -cpu cortex-a15".split(),
 }
 CONSOLES = {"amd64": "ttyS0", "armhf": "ttyAMA0"}
-LIMITS = {"amd64": 120, "armhf": 300}  # s, of every wait: what a machine three times slower keeps
+LIMITS = {"amd64": 120, "armhf": 300}  # s, of every wait; a machine that is three times slower keeps them
 AXIS_MAX = 32767
 
 
@@ -21,15 +23,9 @@ class Failure(Exception):
     pass
 
 
-def run(*command):
-    """What the command prints."""
-    return subprocess.run([str(c) for c in command], check=True, stdout=subprocess.PIPE,
-                          text=True).stdout
-
-
 class Board:
-    """Boots at once from the folder `system`; an archive of the folder `extra` is its second disk.
-    What it leaves goes to the folder `seen`."""
+    """Boots when it is made, from the folder `system`. Its second disk is an archive of the folder
+    `extra`. Pictures and the console's output go to the folder `seen`."""
 
     def __init__(self, arch, system, extra, seen, size="800x480", display="none"):
         self.limit = LIMITS[arch]
@@ -75,7 +71,7 @@ class Board:
                 return answer["return"]
 
     def wait(self, condition, what, seconds=None):
-        """Until the condition holds; gives back what it says."""
+        """Waits until the condition holds, and returns its value."""
         end = time.monotonic() + (seconds or self.limit)
         while not (result := condition()):
             if time.monotonic() > end:
@@ -92,7 +88,7 @@ class Board:
                 self.input("key", down=down, key={"type": "qcode", "data": key})
 
     def tap(self, x, y):
-        """At a place in px; from the right or the bottom edge where it is negative."""
+        """Taps at a place in px. A negative one counts from the right or the bottom edge."""
         width, height = self.screen().size
         self.input("abs", axis="x", value=x % width * AXIS_MAX // width)
         self.input("abs", axis="y", value=y % height * AXIS_MAX // height)
@@ -114,7 +110,7 @@ class Board:
                            duration=700)
 
     def shell(self, command, fails=False):
-        """What the command prints. It must succeed, or fail where it is to."""
+        """What the command prints. It must succeed, or fail if `fails` says so."""
         self.shell_end.settimeout(self.limit)
         if not self.shell_ready:
             self.shell_ready = True
@@ -133,7 +129,7 @@ class Board:
 
 
 def mask(image, colour, tolerance=40, area=(0, 0, 1, 1)):
-    """Where the area, given in fractions of the image, has the colour."""
+    """White where the area, given in fractions of the image, has the colour."""
     image = image.crop([int(edge * image.size[i % 2]) for i, edge in enumerate(area)])
     bands = ImageChops.difference(image, Image.new("RGB", image.size, colour)).split()
     largest = ImageChops.lighter(ImageChops.lighter(bands[0], bands[1]), bands[2])

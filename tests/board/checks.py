@@ -1,7 +1,7 @@
-#!/usr/bin/python3
+#!/usr/bin/python3 -B
 """checks.py [ARCHITECTURE]: boots a board with the player's package and works it by keys and taps.
-Each function marked as a check is one; they run in this order on one board, and begin on the list.
-What was seen stays below build/board/ARCHITECTURE/seen: pictures, a film, the console."""
+Each check stands alone: it begins on the list, with nothing marked. All of them share one boot.
+build/board/ARCHITECTURE/seen keeps pictures, a film and the console's output."""
 import argparse
 import json
 import re
@@ -12,13 +12,18 @@ from pathlib import Path
 
 from PIL import Image, ImageChops
 
-from board import Board, Failure, mask, run, share
+TOP = Path(__file__).resolve().parents[2]
+sys.path.append(str(TOP / "tools"))
+
+import board_system
+from board import Board, Failure, mask, share
+from board_system import run
 
 SKY = (99, 192, 249)       # behind the list
-CURRENT = (255, 233, 231)  # the row that has the highlight
+CURRENT = (255, 233, 231)  # the current row
 MARK = (11, 122, 75)
 BAR = (79, 101, 118)
-FRAME = (255, 194, 26)     # of the button that has the focus
+FRAME = (255, 194, 26)     # of the focused button
 IDLE = (18, 18, 28)
 BLACK, WHITE = (0, 0, 0), (255, 255, 255)
 TIME_WIDTH = 140  # px, at least
@@ -28,10 +33,9 @@ QUARTERS = [(.1, .1, .4, .35), (.6, .1, .9, .35), (.1, .55, .4, .75), (.6, .55, 
 SHORT, LONG, RAW, BROKEN, TEN_SECONDS = range(5)  # the rows of the list
 PLAY, BACK, FIRST_ROW, QUARTER_2 = (122, -47), (264, -34), (300, 66), (-100, 100)  # places, px
 
-TOP = Path(__file__).resolve().parents[2]
 CONFIG = "/home/kvr/1_morvastine/cfg_system.txt"
 MARGINS = "/home/kvr/1_morvastine/cfg_position.txt"
-SLOW_DISK = 6400  # bytes a second: 20 s to the first picture
+SLOW_DISK = 6400  # bytes a second: the first picture takes 20 s
 HUB = "quadplayer-hub --no-prompt --socket /run/quadplayer-link/socket"
 GIVE_UP_AFTER = 3  # failures
 CHECKS = {"daily": [], "long": [], "device": []}
@@ -52,7 +56,7 @@ def expect(condition, what):
 
 
 def looks(screen):
-    """'list', 'idle', the colours of the four quarters (all 'RGBY' is a whole recording), or '?'."""
+    """'list', 'idle', or the colours of the four quarters, each '?' if unknown: 'RGBY' is all views."""
     if share(screen, SKY, 8, (0, .95, 1, 1)) > .9:
         return "list"
     if share(screen, IDLE, 4, (.1, .1, .9, .4)) > .99:
@@ -62,7 +66,7 @@ def looks(screen):
 
 
 class Player:
-    """The player on a board: what is seen of it and what is done to it."""
+    """The player on a board: looks at it and works it."""
 
     def __init__(self, board):
         self.board = board
@@ -74,7 +78,7 @@ class Player:
         self.board.picture(what)
 
     def highlight(self):
-        """Upper edge of the current row, px; 0 where no row is current."""
+        """The upper edge of the current row in px, or 0 without one."""
         box = mask(self.board.screen(), CURRENT, 4, (.1, 0, .9, .85)).getbbox()
         return box[1] if box else 0
 
@@ -82,7 +86,7 @@ class Player:
         return share(self.board.screen(), MARK, 40, (0, 0, .1, .85)) > 0
 
     def mark(self, row):
-        """By keys from any place of the list."""
+        """Marks a row, or enters the folder there, by keys. The focus may be anywhere on the list page."""
         self.press("left", "right", "right", "right", *["down"] * row, "ret")
 
     def start(self, row, what="RGBY"):
@@ -101,8 +105,8 @@ class Player:
         self.see("RGBY")
 
     def back(self):
-        """From the player page to the list: left of the first button is the last."""
-        self.press("esc", "left", "ret")  # the first only shows the bar
+        """From the player page to the list. Left of the first button is the last one, Back."""
+        self.press("esc", "left", "ret")  # esc only shows the bar
         self.see("list")
 
     def restart(self, **settings):
@@ -113,8 +117,26 @@ class Player:
         self.see("list")
         return time.monotonic() - begin
 
+    def make_ready(self):
+        """Makes sure that the list is there and nothing is marked."""
+        if looks(self.board.screen()) != "list" or self.marked():
+            self.restart()
+
+    def recover(self):
+        """After a failed check: restores what checks change, and restarts the player."""
+        self.shell(f"rm -f {MARGINS}; tar -x --no-same-owner -f /dev/vdb -C / .{CONFIG}")
+        self.restart()
+
+    def connect_hub(self, who):
+        """Starts a hub as this user in place of another, and returns the file of its output."""
+        output = f"/tmp/hub-{who}"
+        self.shell("pkill -INT quadplayer-hub && pidwait quadplayer-hub; "
+                   f"setpriv --reuid {who} --regid {who} --init-groups {HUB} > {output} &")
+        self.wait(lambda: "connected" in self.shell(f"cat {output}"), f"{who}'s hub connected")
+        return output
+
     def devices(self):
-        """How many the player listens to."""
+        """How many input devices the player has opened."""
         return int(self.shell("ls -l /proc/$(pgrep -x quadplayer)/fd 2> /dev/null | grep -c input/event"))
 
     def console(self):
@@ -124,13 +146,13 @@ class Player:
         return self.shell(f"systemctl show -P {name} quadplayer")
 
     def journal(self, command="cat", **how):
-        """Of the player's last start."""
+        """What the command prints of the journal since the player's last start."""
         start = self.property("InvocationID")
         return self.shell(f"journalctl -o cat _SYSTEMD_INVOCATION_ID={start} | {command}", **how)
 
 
-@check
 def the_list_comes_up(player):
+    """Comes first in every run, also with --only."""
     player.see("list", 3 * player.board.limit)
     print(player.shell("systemd-analyze; systemd-analyze blame | grep quadplayer || true"))
 
@@ -143,12 +165,8 @@ def a_key_moves_the_highlight(player):
 
 
 @check
-def Play_shows_a_picture(player):
+def keys_play_choose_views_and_go_back(player):
     player.start(LONG)
-
-
-@check
-def keys_choose_views_and_go_back(player):
     for key, views in (("1", "RRRR"), ("4", "YYYY"), ("0", "RGBY")):
         player.press(key)
         player.see(views)
@@ -173,7 +191,7 @@ def keys_alone_play_to_the_end(player):
 def taps_choose_views_and_go_back(player):
     player.tap_play(LONG)
     player.wait(lambda: not player.bar(), "the bar hiding itself")
-    player.tap(*QUARTER_2)  # brings it back, until 10 s after the last tap
+    player.tap(*QUARTER_2)  # shows the bar until 10 s after the last tap
     player.wait(player.bar, "the bar")
     for views in "GGGG", "RGBY":
         player.tap(*QUARTER_2)
@@ -215,25 +233,25 @@ def devices_work_that_are_plugged_in_later_and_again(player):
 
 @check
 def keys_reach_no_console_behind_the_picture(player):
-    expect("login:" in player.console(), "a prompt waits on the console")
+    player.wait(lambda: "login:" in player.console(), "a prompt on the console")
     player.press("q", "u", "x")
     a_key_moves_the_highlight(player)
     expect("qux" not in player.console(), "the prompt hears nothing")
 
 
 @check
-def the_toolkit_does_not_warn_of_its_runtime_folder(player):
+def Qt_does_not_warn_of_its_runtime_folder(player):
     player.journal("grep 'runtime directory'", fails=True)
 
 
 @check
 def killed_it_comes_back(player):
-    begin = time.monotonic()
+    restarts, begin = int(player.property("NRestarts")), time.monotonic()
     player.shell("systemctl kill -s KILL quadplayer")
     player.wait(lambda: looks(player.board.screen()) != "list", "no list")
     player.see("list")
     print(f"killed to list: {time.monotonic() - begin:.1f} s")
-    expect(player.property("NRestarts") == "1", "one restart")
+    expect(player.property("NRestarts") == str(restarts + 1), "one restart")
 
 
 @check
@@ -241,25 +259,24 @@ def root_and_members_of_video_can_be_its_hub(player):
     player.shell("useradd -G video friend")
     player.shell(f"setpriv --reuid nobody --clear-groups {HUB}", fails=True)
     for who in ("friend", "root"):
-        player.shell("pkill -INT quadplayer-hub; "
-                     f"setpriv --reuid {who} --regid {who} --init-groups {HUB} > /tmp/{who} &")
-        player.wait(lambda: "connected" in player.shell(f"cat /tmp/{who}"), f"{who}'s hub connected")
+        player.connect_hub(who)
 
 
 @check
 def stopped_while_it_plays_it_tells_the_hub_once(player):
+    output = player.connect_hub("root")
     player.start(LONG)
     print("stopped:", player.shell("time -p systemctl stop quadplayer"))
     expect(player.property("Result") == "success", "the unit ended well")
     expect(player.property("ExecMainStatus") == "0", "status 0")
-    expect(player.shell("grep -c received /tmp/root") == "1", "one message")
+    expect(player.shell(f"grep -c received {output}") == "1", "one message")
 
 
 @check
-def the_console_takes_keys_again(player):
+def stopped_it_gives_the_console_its_keys_back(player):
+    player.shell("systemctl stop quadplayer")
     player.press("q", "u", "x")
     player.wait(lambda: "qux" in player.console(), "what was typed on the console")
-    player.restart()
 
 
 @check
@@ -280,7 +297,7 @@ def without_a_configuration_it_leaves_the_screen_alone(player):
 
 @check
 def without_OpenGL_it_says_so_and_leaves(player):
-    said = player.shell("timeout 60 quadplayer -platform linuxfb; [ $? = 69 ]")
+    said = player.shell("systemctl stop quadplayer; timeout 60 quadplayer -platform linuxfb; [ $? = 69 ]")
     expect("OpenGL" in said.splitlines()[-1], "the last line tells why: " + said)
 
 
@@ -300,7 +317,7 @@ def a_slow_disk_delays_the_picture_only(player):
         player.board.qmp("block_set_io_throttle", device="disk", bps=0, bps_rd=rate, bps_wr=0,
                          iops=0, iops_rd=0, iops_wr=0)
 
-    player.start(RAW)  # what it needs besides the recording is in memory then
+    player.start(RAW)  # loads all but the recording into memory
     player.see("list")
     player.shell("dd of=/home/kvr/video/2raw.avi oflag=nocache conv=notrunc,fdatasync count=0")
     throttle(SLOW_DISK)
@@ -373,11 +390,11 @@ def no_sanitizer_has_reported_anything(player):
 @check
 def purged_it_takes_its_check_marks_along(player):
     player.shell("systemctl stop quadplayer; dpkg --purge quadplayer; ! ls -d /home/kvr/res")
+    player.shell("dpkg -i /board/*.deb; systemctl --quiet enable quadplayer")
 
 
 @check_of("long")
 def it_comes_back_from_power_off(player):
-    player.see("list", 3 * player.board.limit)
     player.board.qmp("system_reset")
     begin = time.monotonic()
     player.wait(lambda: looks(player.board.screen()) != "list", "no list")
@@ -425,7 +442,6 @@ def everything_fits_on_every_screen(player):
 
 @check_of("device")
 def the_program_of_the_device_plays_every_frame(player):
-    player.see("list", 3 * player.board.limit)
     player.start(TEN_SECONDS)
     for key, views in (("2", "GGGG"), ("0", "RGBY")):
         player.press(key)
@@ -439,23 +455,27 @@ def the_program_of_the_device_plays_every_frame(player):
     expect("20 frames decoded, 20 drawn" in counts, "all 20 frames were decoded and drawn")
 
 
-def make_recordings(folder):
-    """Their names begin in the order of the rows."""
+def make_recording(file, frames, encoder="x264enc ! mp4mux"):
+    """At two frames a second, each view in its colour."""
     sources = "".join(
         f" videotestsrc pattern=solid-color foreground-color=0xff{r:02x}{g:02x}{b:02x} num-buffers=400"
         f" ! video/x-raw,width=160,height=120,framerate=2/1 ! c.sink_{number}"
         for number, (r, g, b) in enumerate(VIEWS.values()))
-    for name, frames, encoder in (("0short.mp4", 10, "x264enc ! mp4mux"),
-                                  ("1long.mp4", 400, "x264enc ! mp4mux"), ("2raw.avi", 20, "avimux"),
-                                  ("4ten.mp4", 20, "x264enc ! mp4mux")):
-        run("sh", "-c", "gst-launch-1.0 -q compositor name=c sink_1::xpos=160 sink_2::ypos=120 "
-            "sink_3::xpos=160 sink_3::ypos=120 ! video/x-raw,format=I420,width=320,height=240 "
-            f"! identity eos-after={frames + 1} ! {encoder} ! filesink location={folder}/{name}" + sources)
+    run("sh", "-c", "gst-launch-1.0 -q compositor name=c sink_1::xpos=160 sink_2::ypos=120 "
+        "sink_3::xpos=160 sink_3::ypos=120 ! video/x-raw,format=I420,width=320,height=240 "
+        f"! identity eos-after={frames + 1} ! {encoder} ! filesink location={file}" + sources)
+
+
+def make_recordings(folder):
+    """The names begin with the numbers of the rows."""
+    for name, *how in (("0short.mp4", 10), ("1long.mp4", 400), ("2raw.avi", 20, "avimux"),
+                       ("4ten.mp4", 20)):
+        make_recording(folder / name, *how)
     (folder / "3broken.mp4").write_bytes((folder / "1long.mp4").read_bytes()[:4000])
 
 
 def make_extra(folder, package, *more):
-    """What the board gets beside its system: package, recordings, and the files of the folders `more`."""
+    """Fills the folder of what the board unpacks: package, recordings, files of the folders `more`."""
     for name in ("board", "home/kvr/1_morvastine", "home/kvr/video"):
         (folder / name).mkdir(parents=True)
     shutil.copy(package, folder / "board")
@@ -468,7 +488,7 @@ def make_extra(folder, package, *more):
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("arch", nargs="?", default=run("dpkg", "--print-architecture").strip())
-    parser.add_argument("--package", nargs=1, default=[], help="instead of the one of this tree")
+    parser.add_argument("--package", help="instead of the one of this tree")
     parser.add_argument("--extra", nargs=1, default=[], help="a folder of files that the board gets too")
     parser.add_argument("--kind", choices=CHECKS, default="daily", help="which checks: 'long' takes "
                         "minutes; 'device' is for the package for the device, on the board armhf")
@@ -480,14 +500,15 @@ def main():
     for folder in (seen, work / "extra"):
         shutil.rmtree(folder, ignore_errors=True)
     seen.mkdir(parents=True)
-    package = ["device"] if options.kind == "device" else options.package
-    package, system, *more = run(TOP / "tools/make-board.py", options.arch, *package).splitlines()
+    package, system, more = board_system.make(
+        options.arch, "device" if options.kind == "device" else options.package)
     make_extra(work / "extra", package, *more, *options.extra)
-    board = Board(options.arch, Path(system), work / "extra", seen, display=options.display or "none")
+    board = Board(options.arch, system, work / "extra", seen, display=options.display or "none")
     try:
         if options.display:
             return 0, board.process.wait()
-        return run_checks(Player(board), [c for c in CHECKS[options.kind] if options.only in c.__name__])
+        chosen = [c for c in CHECKS[options.kind] if options.only in c.__name__]
+        return run_checks(Player(board), [the_list_comes_up, *chosen])
     finally:
         board.close()
 
@@ -498,6 +519,8 @@ def run_checks(player, checks):
         name = function.__name__.replace("_", " ")
         begin = time.monotonic()
         try:
+            if function is not the_list_comes_up:
+                player.make_ready()
             function(player)
             passed += 1
             print(f"passed {name} ({time.monotonic() - begin:.1f} s)", flush=True)
@@ -508,9 +531,9 @@ def run_checks(player, checks):
             print(player.journal("tail -n 30"))
             if failed == GIVE_UP_AFTER:
                 break
-            player.restart()
+            player.recover()
     player.board.film()
-    return passed, len(checks) - passed  # what was not run has failed too
+    return passed, len(checks) - passed  # a check that did not run counts as failed
 
 
 if __name__ == "__main__":

@@ -1,21 +1,15 @@
-#!/usr/bin/python3
-"""make-board.py ARCHITECTURE [PACKAGE | device]: makes what a board in the emulator boots from, below
-build/board, and prints where: the player's package (of the working tree, unless PACKAGE is named),
-and the folder with kernel, initrd and disk of a Debian system, made once for each list of packages.
-`device` is the package of the working tree for the device; the folder with the stand-ins of the
-device's own libraries, as they lie on its disk, is printed too.
-The board installs the package itself when it first boots: from /board of an archive that is its
-second disk, and whose other files it takes too.
+"""Makes what a board in the emulator boots from, below build/board: the player's package, and the
+kernel, initrd and disk of a Debian system, which are made once for each list of packages.
 
-The system's packages are unpacked and not configured; what their scripts would do and the board needs
-is done here. So nothing has to be emulated to make it, whatever its architecture."""
+The system's packages are unpacked but not configured, so nothing is emulated to make it. The steps of
+their scripts that the board needs are done here. The board's second disk is an archive: at the first
+boot the board unpacks it and installs the package from its folder /board."""
 import hashlib
 import inspect
 import os
 import re
 import shutil
 import subprocess
-import sys
 from pathlib import Path
 
 TOP = Path(__file__).resolve().parents[1]
@@ -25,17 +19,17 @@ KERNELS = {"amd64": "linux-image-amd64", "armhf": "linux-image-armmp-lpae"}
 PACKAGES = """base-files base-passwd bash busybox-static coreutils dash dbus diffutils dpkg findutils
     grep gzip init-system-helpers kmod libc-bin login mount passwd perl-base procps sed systemd-sysv
     tar udev util-linux fonts-wqy-zenhei libegl1 libgl1-mesa-dri libgles2""".split()
-PACKAGES += ["gstreamer1.0-libav", "libyuv0"]  # what the stand-ins of a device's libraries need
-BOOT_MODULES = ["virtio_pci", "virtio_blk", "ext4"]  # between the kernel and its disk
+PACKAGES += ["gstreamer1.0-libav", "libyuv0"]  # for the stand-ins of the device's libraries
+BOOT_MODULES = ["virtio_pci", "virtio_blk", "ext4"]  # the kernel needs them to mount its disk
 MODULES = BOOT_MODULES + """virtio_gpu virtio_input virtio_console xhci_pci usbhid hid_generic evdev
     autofs4""".split()
 LIBRARIES = "usr/lib/arm-linux-gnueabihf"
-GROUPS = {"group": "input:*:101:\nrender:*:102:\n"}  # those that udev's script makes
+GROUPS = {"group": "input:*:101:\nrender:*:102:\n"}  # udev's package script makes them
 MASKED = """dev-hugepages.mount dev-mqueue.mount kmod-static-nodes.service modprobe@configfs.service
     modprobe@dm_mod.service modprobe@efi_pstore.service modprobe@fuse.service modprobe@loop.service
-    sys-kernel-debug.mount sys-kernel-tracing.mount""".split()  # the player can do without
+    sys-kernel-debug.mount sys-kernel-tracing.mount""".split()  # the player needs none of them
 
-# The first process: mounts the disk, lets the board take the archive in once, starts the system.
+# The first process mounts the disk, unpacks the archive at the first boot, and starts the system.
 INIT = """#!/bin/busybox sh
 alias b=/bin/busybox
 b mount -t devtmpfs dev /dev
@@ -52,7 +46,7 @@ b umount /root/proc
 exec /bin/busybox switch_root /root /sbin/init
 """
 
-# A root shell for the checks, on a console of its own.
+# The checks have a root shell on a console of their own.
 SHELL = """[Service]
 ExecStart=/bin/bash --norc
 Environment=PS1= PS2= HOME=/root TERM=dumb SYSTEMD_COLORS=0
@@ -74,7 +68,7 @@ def digest(text):
 
 
 def build_package(arch, platform="open", *arguments):
-    """The package of the working tree, built again only where it has changed outside of tests/."""
+    """The package of the working tree. Builds it again only if files that it is made of have changed."""
     commit = run("git", "stash", "create", cwd=TOP).strip() or "HEAD"
     tree = re.sub(r".*\t(tests|bench|fuzz|\.ci|HACKING\.md)\n", "", run("git", "ls-tree", commit, cwd=TOP))
     out = BUILD / arch / f"package-{platform}" / digest(tree)
@@ -93,7 +87,7 @@ def build_package(arch, platform="open", *arguments):
 
 
 def build_stand_ins():
-    """A folder with the stand-ins where the device has its own libraries and its decoder."""
+    """A folder with the stand-ins at the paths of the device's own libraries and decoder."""
     run(TOP / "tools/make-sysroot.sh")
     run("cmake", "--preset", "arm", cwd=TOP)
     run("cmake", "--build", "--preset", "arm", "--target", "vendor", cwd=TOP)
@@ -113,7 +107,7 @@ def build_for_device(root):
 
 
 def make_system(arch, deb):
-    """A folder with kernel, initrd and disk, the package's dependencies included."""
+    """A folder with kernel, initrd and disk; the disk has the packages that `deb` depends on."""
     depends = re.sub(r"\([^)]*\)|\|[^,]*|\s", "", run("dpkg-deb", "-f", deb, "Depends")).split(",")
     packages = sorted({KERNELS[arch], *PACKAGES, *depends})
     recipe = repr([packages, MODULES, GROUPS, MASKED, INIT, SHELL]) + "".join(
@@ -139,7 +133,7 @@ def unpack(arch, packages, tree):
         "--skip=cleanup/apt/cache", "--include=" + ",".join(packages), release, tree,
         run(TOP / "tools/mirror.sh").strip())
     archives = tree / "var/cache/apt/archives"
-    with open(tree / "var/lib/dpkg/status", "a") as status:  # or the package could not be installed
+    with open(tree / "var/lib/dpkg/status", "a") as status:  # otherwise dpkg refuses to install the player
         for deb in archives.glob("*.deb"):
             status.write("Status: install ok installed\n" + run("dpkg-deb", "-f", deb) + "\n")
     for folder in (archives, *(tree / "usr/share" / name for name in ("doc", "locale", "man"))):
@@ -153,7 +147,7 @@ def configure(tree):
     (tree / "etc/hostname").write_text("board\n")
     (tree / "etc/machine-id").write_text("b" * 32 + "\n")
     run("systemd-sysusers", "--root", tree)
-    for name in ("etc", "var"):  # what is made anew at the first start stays as it is
+    for name in ("etc", "var"):  # systemd would redo its first-boot set-up
         (tree / name / ".updated").touch()
     (tree / "etc/systemd/journald.conf").write_text("[Journal]\nRateLimitBurst=100\n")
     units = tree / "etc/systemd/system"
@@ -164,7 +158,7 @@ def configure(tree):
         (units / link).symlink_to(target)
     for unit in MASKED:
         (units / unit).symlink_to("/dev/null")
-    for library in tree.glob("usr/lib/*/[bl]*a*/lib[bl]*.so.3"):  # BLAS and LAPACK have alternatives
+    for library in tree.glob("usr/lib/*/[bl]*a*/lib[bl]*.so.3"):  # update-alternatives would link BLAS and LAPACK
         (library.parents[1] / library.name).symlink_to(f"{library.parent.name}/{library.name}")
 
 
@@ -196,14 +190,10 @@ def make_disks(tree, out):
     run("/sbin/mke2fs", "-q", "-t", "ext4", "-d", tree, out / "disk", "2G")
 
 
-def main(arch, wanted=None):
-    extra = [build_stand_ins()] if wanted == "device" else []
-    if extra:
-        package = build_for_device(*extra)
-    else:
-        package = wanted or build_package(arch)
-    print(package, make_system(arch, package), *extra, sep="\n")
-
-
-if __name__ == "__main__":
-    main(*sys.argv[1:])
+def make(arch, wanted=None):
+    """The package, the folder of the system, and folders whose files the board's disk needs too.
+    `wanted` is a package, or "device": the one for the device, with stand-ins of its libraries. Without
+    it the package of the working tree is built."""
+    more = [build_stand_ins()] if wanted == "device" else []
+    package = build_for_device(*more) if more else wanted or build_package(arch)
+    return package, make_system(arch, package), more
