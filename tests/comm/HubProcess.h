@@ -1,5 +1,5 @@
-// Processes that a test starts: the real hub, in a runtime folder of its own and driven through its
-// prompt, and what talks to it.
+// Processes that a test starts: the hub, which it drives through the prompt, and the player. Both
+// meet in a runtime folder of the test's own.
 #pragma once
 
 #include <QtTest>
@@ -10,10 +10,10 @@
 
 constexpr int kLimitMs = QP_LIMIT_MS;
 
-// What the hub prints of the message that the player sends when it leaves.
+// The hub's line for the message that the player sends when it exits.
 const QByteArray kAppSwitch = "received type=1 tag=1 value=8 tag=2 value=1\n";
 
-// Sends every program started from here, and the library in this process, to its own socket.
+// Gives this process and all that it starts a socket of their own.
 class RuntimeFolder
 {
 public:
@@ -35,6 +35,11 @@ public:
 
     qint64 id() const { return m_process.processId(); }
     void type(const QByteArray& line) { m_process.write(line + '\n'); }
+    void typeLast(const QByteArray& line)
+    {
+        m_process.write(line);
+        m_process.closeWriteChannel();
+    }
     void signal(int number) { ::kill(static_cast<pid_t>(id()), number); }
     int end(int number) // SIGKILL as a crash does: what it has made stays
     {
@@ -48,7 +53,7 @@ public:
     {
         return QTest::qWaitFor([&] { return output().indexOf(text, from) >= 0; }, kLimitMs);
     }
-    // Waits until the output, from where the last call found its text, holds this one.
+    // Waits for the text in the output that follows what the last call found.
     bool prints(const QByteArray& text)
     {
         const bool found = waitFor(text, m_seen);

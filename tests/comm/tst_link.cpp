@@ -1,4 +1,4 @@
-// The link, the stand-in of the library below it, and the real hub at the other end.
+// The link, the library below it, and the real hub at the other end.
 #include "comm/CInnerCommunication.h"
 #include "platform/libcommif.h"
 #include "platform/open/commif/PacketSocket.h"
@@ -27,8 +27,8 @@ using namespace std::chrono_literals;
 
 namespace {
 
-// 16-bit numbers in the machine's byte order: a packet's type and how many bytes follow, and for
-// each item its tag, how many bytes its value has, and of a number the lower and the upper half.
+// A packet as 16-bit numbers: its type and the count of bytes that follow, then for each item its
+// tag, the count of its value's bytes, and the lower and the upper half of the value.
 QByteArray words(const QVector<quint16>& numbers)
 {
     return {reinterpret_cast<const char*>(numbers.data()), numbers.size() * 2};
@@ -62,7 +62,7 @@ unsigned send(const QByteArray& bytes)
     return errorOf(KvrComm_SendMsg(1, bytes.constData(), length));
 }
 
-// Counts what is delivered and keeps the callback until it may leave.
+// Counts packets, and holds the callback until `leave` lets it return.
 struct Receiver
 {
     ~Receiver()
@@ -88,7 +88,7 @@ struct Receiver
     std::function<void()> atLast = [] {};
 };
 
-// Qt's shared containers hide their reference counts from the thread sanitizer; these do not.
+// Not Qt's containers: the thread sanitizer does not see their reference counts.
 using Lines = std::vector<std::string>;
 
 const std::string kSuccess = "inner communication init success.";
@@ -96,7 +96,7 @@ const std::string kFailure = "inner communication init failed. errno=1.";
 const std::string kClosed = "inner communication exit successfully.";
 
 std::mutex s_lock;
-Lines s_lines; // of the debug stream since the last look, whichever thread wrote them
+Lines s_lines; // debug lines of all threads since the last takeLines()
 
 void keepLine(QtMsgType, const QMessageLogContext&, const QString& line)
 {
@@ -109,7 +109,7 @@ Lines takeLines()
     return std::exchange(s_lines, {});
 }
 
-// A link as its owner keeps it, counting exit requests on the thread that delivers them.
+// A link that its owner closes in time. Counts exit requests on the delivery thread.
 struct Link
 {
     Link()
@@ -140,8 +140,8 @@ private slots:
         qInstallMessageHandler(keepLine);
     }
     void cleanup() { qInstallMessageHandler(nullptr); }
-    // The first, as a process reports five failures. Until the link is up there is nothing to send
-    // and nothing to close.
+    // Must be the first test, as a process reports five failures only. A link that is not up sends
+    // and closes nothing.
     void lateHub()
     {
         Link link;
@@ -161,7 +161,7 @@ private slots:
         QTRY_VERIFY_WITH_TIMEOUT(link.comm.isInited(), kLimitMs);
         QVERIFY(!link.timer()->isActive());
         QCOMPARE(takeLines(), Lines{kSuccess});
-        link.comm.initInnerComm(); // the library refuses; the five are used up
+        link.comm.initInnerComm(); // the library refuses, without a report
         KvrComm_Exit();
         QVERIFY(!link.comm.isInited());
         QCOMPARE(takeLines(), Lines());
@@ -187,7 +187,7 @@ private slots:
         row("as long as packets can be", filler + request, 1, false);
         row("longer: dropped", filler + request + 'x', 0, false);
     }
-    // A request of its own follows each packet and shows that the packet has been worked off.
+    // An exit request follows each packet. Once it is there, the packet has been processed.
     void receive()
     {
         QFETCH(QByteArray, bytes);
@@ -202,10 +202,10 @@ private slots:
         QTRY_COMPARE_WITH_TIMEOUT(hub.output().count("sent 1 of 1"), 2, kLimitMs);
         QVERIFY(link.hasRequests(requests + 1));
         QCOMPARE(link.requests.load(), requests + 1);
-        QCOMPARE(takeLines().size(), headError ? 2U : 1U); // the first one says that it is up
+        QCOMPARE(takeLines().size(), headError ? 2U : 1U); // the first says that the link is up
     }
 
-    // The hub sees the player, its message and its own end all at once, at another place.
+    // The stopped hub finds the player, its message and SIGTERM all at once.
     void appSwitch()
     {
         const QString place = QString::fromStdString(runtimeFile("elsewhere"));
@@ -221,12 +221,13 @@ private slots:
         QCOMPARE(takeLines(), (Lines{kSuccess, kClosed}));
         hub.signal(SIGTERM);
         QCOMPARE(hub.end(SIGCONT), 0);
+        QVERIFY(!QFile::exists(place));
         QCOMPARE(hub.output().count(kAppSwitch), 1);
         QCOMPARE(hub.output().count("received"), 1);
     }
 
-    // The link closes with packets unread, which resets the connection; what the player said last
-    // must reach the hub all the same.
+    // The link closes with packets unread, which resets the connection. The player's last message
+    // must reach the hub nevertheless.
     void exitWaitsForCallback()
     {
         HubProcess hub;
@@ -252,7 +253,7 @@ private slots:
         QCOMPARE(hub.output().count("received type=1\n"), 1);
     }
 
-    // No packet follows, and the link can be set up again; the program's signals are not taken.
+    // No packet follows, and the link can be set up again. The thread blocks the program's signals.
     void exitInsideCallback()
     {
         HubProcess hub({"flood 0x7D0"});
@@ -276,8 +277,8 @@ private slots:
         QCOMPARE(hub.output().count("player left"), 1);
     }
 
-    // What it sent before is delivered, sending fails meanwhile, and the next hub is found, over
-    // the file that the crash left behind.
+    // The packets that it sent are delivered, and sending fails. The next hub replaces the socket
+    // file of the killed one, and the link finds it.
     void hubKilledDuringCallback()
     {
         HubProcess hub({"flood 10"});
@@ -293,8 +294,10 @@ private slots:
         HubProcess next({"exit-request"});
         QVERIFY(receiver.has(11));
         QVERIFY(KvrComm_IsReady() != 0);
-        QCOMPARE(send(kEmptyPacket), 0U);
-        QVERIFY(next.waitFor("received type=1\n"));
+        QCOMPARE(send(kEmptyPacket + '?'), 0U);
+        QVERIFY(next.waitFor("received type=1 and 1 more\n"));
+        next.typeLast("exit-request");
+        QVERIFY(receiver.has(12));
     }
 
     void socketPath_data()
@@ -345,13 +348,13 @@ private slots:
         QVERIFY(!listenAt(runtimeFile("file")).isValid());
         QVERIFY(file.exists());
         const FileDescriptor listener = listenAt(runtimeFile("busy"));
-        std::vector<FileDescriptor> callers; // in the end, more than it lets wait
+        std::vector<FileDescriptor> callers; // until the queue is full
         do
             callers.push_back(connectTo(runtimeFile("busy")));
         while (callers.back().isValid());
         QVERIFY(!listenAt(runtimeFile("busy")).isValid());
 
-        // Clearing the longest one's place for each would cost more than all the rest.
+        // A buffer of the greatest length for each short packet would cost too much time.
         const FileDescriptor other(accept(listener.get(), nullptr, nullptr));
         PacketBytes packet;
         QCOMPARE(sendPacket(other, "short", 5), 0);
@@ -359,7 +362,7 @@ private slots:
         QVERIFY(packet.capacity() < kMaxPacketBytes);
     }
 
-    // Over and over, each over the file of one that crashed: whoever listens is the one reached.
+    // All threads replace the same stale socket file. Whoever listens must be the one reached.
     void manyListenAtOnce()
     {
         std::atomic<int> reached{0};
