@@ -24,7 +24,7 @@ constexpr uint16_t kRequestTag = 3;
 constexpr uint32_t kExitMask = 0x8;
 constexpr uint16_t kNoType = 0xFFFF;
 
-// Items follow each other without padding, so the value may stand at any address.
+// Items have no padding between them, so the value may be unaligned.
 bool asksForExit(const void* value)
 {
     uint32_t request = 0;
@@ -44,7 +44,7 @@ CInnerCommunication::CInnerCommunication() : m_pReInitTimer(new QTimer(this))
 
 CInnerCommunication::~CInnerCommunication()
 {
-    delete m_pReInitTimer; // stops it, too
+    delete m_pReInitTimer; // which stops it
 }
 
 void CInnerCommunication::initInnerComm()

@@ -1,9 +1,9 @@
-// The link to the device's other programs: sets itself up, says when the player leaves, and turns
-// the device's exit request into sgAppExit().
+// The link to the device's other programs: sets itself up, tells them when the player exits, and
+// turns their exit request into sgAppExit().
 //
-// GUI thread only, but for msg_process_cb() and processMsg(): the library calls them on its own
-// delivery thread, so they touch no member, and sgAppExit() is emitted on that thread. The owner
-// calls exitInnerComm() before it deletes the link; no callback arrives after that call.
+// GUI thread only, except for msg_process_cb() and processMsg(). The library calls those on its
+// delivery thread, so they touch no member, and sgAppExit() is emitted there. The owner calls
+// exitInnerComm() before it deletes the link; no callback comes after that.
 #pragma once
 
 #include <QObject>
@@ -18,8 +18,8 @@ public:
     CInnerCommunication();
     ~CInnerCommunication() override;
 
-    void initInnerComm(); // after a failure it is repeated every second until it succeeds
-    void exitInnerComm(); // does nothing when the link was never up
+    void initInnerComm(); // after a failure, tries again every second
+    void exitInnerComm(); // does nothing if the link was never up
     bool isInited() const { return m_bInited; }
 
     static void msg_process_cb(void* context, void* data, unsigned int length);
@@ -30,7 +30,7 @@ signals:
 
 public slots:
     void slotReInitInnerComm();
-    void slotAppSwitch(); // dropped without a report while the library is not ready
+    void slotAppSwitch(); // sends nothing while the library is not ready
 
 private:
     void setUp();
@@ -39,5 +39,5 @@ private:
     bool m_bInited = false;
     QTimer* m_pReInitTimer; // child
 
-    static int s_nInitFailReports; // set-up failures of this process that are still reported
+    static int s_nInitFailReports; // how many more set-up failures are reported
 };

@@ -12,7 +12,7 @@
 
 namespace {
 
-constexpr int kPlayerReadsMs = 5000; // the hub stops sending to a player that takes nothing so long
+constexpr int kPlayerReadsMs = 5000; // how long to wait for a player that does not read
 constexpr int kAcceptAgainMs = 1000;
 
 } // namespace
@@ -30,11 +30,11 @@ void Hub::run()
 {
     while (!m_bQuit && waitForWork()) {
         readPlayers();
-        acceptPlayers(); // before the commands: they are meant for whoever is there by now
+        acceptPlayers(); // before the commands, which are for every player connected by now
         readCommands();
     }
     acceptPlayers();
-    readPlayers(); // what a player said before the hub was told to end still counts
+    readPlayers(); // prints what players sent before the hub was told to end
 }
 
 bool Hub::waitForWork()
@@ -135,8 +135,8 @@ unsigned long Hub::sendTo(const FileDescriptor& player, const HubCommand& comman
     return sent;
 }
 
-// Waits while the player's queue is full. A player that fails is dropped where it is read, as its
-// last message may still be waiting.
+// Waits while the player's queue is full. If sending fails, readPlayer() drops the player, as its
+// last message may still be unread.
 bool Hub::sendOne(const FileDescriptor& player, const PacketBytes& packet)
 {
     for (;;) {

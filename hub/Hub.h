@@ -10,13 +10,13 @@
 class Hub
 {
 public:
-    // `stop` becomes readable when the hub shall end.
+    // The hub ends when `stop` becomes readable.
     Hub(FileDescriptor listener, FileDescriptor stop, const HubOptions& options);
 
     void run();
 
 private:
-    bool waitForWork(); // false: the hub shall end
+    bool waitForWork(); // false: the hub must end
     void acceptPlayers();
     void readPlayers();
     bool readPlayer(const FileDescriptor& player); // false: it has gone
@@ -32,7 +32,7 @@ private:
     std::vector<FileDescriptor> m_vecPlayers;
     LineReader m_input;
     bool m_bPrompt;
-    bool m_bAcceptFailed = false; // the caller stays in the queue: poll() without it
+    bool m_bAcceptFailed = false; // leave the listener out of poll(), or it spins
     bool m_bInputReady = false;
     bool m_bQuit = false;
 };

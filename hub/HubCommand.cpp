@@ -26,7 +26,7 @@ std::string takeWord(std::string& line)
     return word;
 }
 
-// Decimal, or hexadecimal with 0x before it.
+// Decimal, or hexadecimal after 0x.
 std::optional<uint32_t> toNumber(const std::string& word)
 {
     const bool hex = word.compare(0, 2, "0x") == 0;

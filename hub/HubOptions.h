@@ -11,7 +11,7 @@ struct HubOptions
     bool help = false;
     bool prompt = true; // read commands from standard input
     std::string socketPath;
-    std::vector<HubCommand> messages; // sent to the first player as soon as it is there
+    std::vector<HubCommand> messages; // for the first player that connects
     std::string error;                // not empty: what is wrong with the command line
 };
 

@@ -1,4 +1,4 @@
-// Lines from a descriptor that is read only when poll() says so.
+// Reads lines from a descriptor. Call readLines() only when poll() says that it is readable.
 #pragma once
 
 #include <string>
@@ -9,7 +9,7 @@ class LineReader
 public:
     explicit LineReader(int fd) : m_nFd(fd) {}
 
-    // The lines that one read completed. At the end of the input the last one needs no newline.
+    // Reads once; returns the lines that are complete. The last line of the input needs no newline.
     std::vector<std::string> readLines();
     bool atEnd() const { return m_bEnd; }
 

@@ -7,11 +7,11 @@
 #include <optional>
 #include <string>
 
-// "type=1 tag=1 value=8 tag=2 value=1"; values of other lengths than four bytes as "bytes=0a0b",
-// and a packet without a readable head as "unreadable bytes=...".
+// "type=1 tag=1 value=8 tag=2 value=1". A value that has not four bytes is "bytes=0a0b", a packet
+// without a readable head "unreadable bytes=...".
 std::string describePacket(PacketBytes packet);
 
-// Pairs of hexadecimal digits, with or without blanks between the pairs.
+// Reads pairs of hexadecimal digits, with or without blanks between them.
 std::optional<PacketBytes> packetFromHex(const std::string& text);
 
 PacketBytes exitRequest(uint32_t mask);

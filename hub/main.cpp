@@ -35,11 +35,11 @@ int runHub(const HubOptions& options)
                      std::strerror(errno)); // NOLINT(concurrency-mt-unsafe)
         return EXIT_FAILURE;
     }
-    FileDescriptor stop = catchStopSignals(); // not before: listenAt() may have to wait
+    FileDescriptor stop = catchStopSignals(); // not earlier: listenAt() may wait
     std::printf("listening at %s\n", options.socketPath.c_str());
     Hub hub(std::move(listener), std::move(stop), options);
     hub.run();
-    unlink(options.socketPath.c_str()); // the hub still listens
+    unlink(options.socketPath.c_str()); // while the hub still listens: see listenAt()
     return EXIT_SUCCESS;
 }
 

@@ -15,7 +15,7 @@ constexpr int kReconnectMs = 1000;
 
 thread_local bool t_bDelivering = false;
 
-// The program's signals belong to its own threads, so the library's thread takes none.
+// Keeps the program's signal handlers off the library's thread.
 class AllSignalsBlocked
 {
 public:

@@ -1,9 +1,8 @@
-// The player's end of the link to the hub. After a successful open() a thread of its own delivers
-// the hub's packets; when the hub goes it tries to reach it again once a second until close().
+// The player's end of the link to the hub. After open() succeeds, a thread of its own delivers the
+// hub's packets. When the hub ends, that thread tries to connect again every second until close().
 //
-// Any thread may call. From inside the callback, open() fails with AlreadyOpen and close() only
-// asks for the end: no further packet is delivered, and the thread is joined by the next open(),
-// close() or the destructor on another thread.
+// Any thread may call. Inside the callback, open() fails with AlreadyOpen. There close() only asks
+// the thread to end: no packet follows, and the next open(), close() or the destructor joins it.
 #pragma once
 
 #include "platform/libcommif.h"
@@ -25,7 +24,7 @@ public:
     CommEndpoint& operator=(const CommEndpoint&) = delete;
 
     CommError open(int endpoint, KvrCommCallback callback, void* context);
-    void close(); // on return the callback is over, and none follows
+    void close(); // returns when the callback is over; none follows
     bool isReady();
     CommError send(int endpoint, const void* data, size_t length);
 
@@ -40,7 +39,7 @@ private:
     void deliver(PacketBytes& packet);
     void replaceSocket(FileDescriptor socket);
 
-    std::mutex m_lifecycle; // open() and close() as a whole; never taken on the delivery thread
+    std::mutex m_lifecycle; // held by open() and close(); the delivery thread never takes it
     std::thread m_thread;   // under m_lifecycle
 
     // Set before the thread starts.
@@ -48,10 +47,10 @@ private:
     KvrCommCallback m_pCallback = nullptr;
     void* m_pContext = nullptr;
     std::string m_strPath;
-    FileDescriptor m_wake; // readable once the thread shall end
+    FileDescriptor m_wake; // readable when the thread must end
 
     std::atomic<bool> m_bStop{true};
 
-    std::mutex m_socketLock; // sending; the thread's own reads need no lock, as it alone replaces
+    std::mutex m_socketLock; // not for the thread's own reads: it alone replaces the socket
     FileDescriptor m_socket;
 };

@@ -1,4 +1,4 @@
-// What KvrComm_GetInnerErrorCode() answers: the last failure, never reset by a success.
+// Results of KvrComm_GetInnerErrorCode(): the last failure. A success does not reset it.
 #pragma once
 
 enum class CommError : unsigned {

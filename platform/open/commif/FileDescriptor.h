@@ -1,4 +1,4 @@
-// Owner of one file descriptor.
+// Owns a file descriptor and closes it.
 #pragma once
 
 #include <unistd.h>

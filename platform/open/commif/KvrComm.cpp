@@ -1,4 +1,4 @@
-// The five calls of the link on the one endpoint of the process.
+// The five functions of the link, for the one endpoint of the process.
 #include "platform/open/commif/CommEndpoint.h"
 
 namespace {

@@ -13,7 +13,7 @@
 namespace {
 
 constexpr int kBacklog = 8;
-constexpr mode_t kOwnerAndGroup = 0660; // of a shared folder; a private one keeps the group out
+constexpr mode_t kOwnerAndGroup = 0660; // in a private folder, the group cannot reach it
 constexpr int kNoLimit = -1;
 
 FileDescriptor makeSocket()
@@ -21,7 +21,7 @@ FileDescriptor makeSocket()
     return FileDescriptor(socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
 }
 
-// False with errno set when the path does not fit into an address.
+// Returns false and sets errno if the path does not fit into an address.
 bool makeAddress(const std::string& path, sockaddr_un& address)
 {
     address = {};
@@ -44,9 +44,9 @@ bool isSocketFile(const std::string& path)
     return lstat(path.c_str(), &info) == 0 && S_ISSOCK(info.st_mode);
 }
 
-// Held while a socket file is looked at, removed and made anew: between bind() and listen() a live
-// one refuses as a dead one does. The folder itself is locked, so nothing is left behind; the lock
-// goes with the descriptor, in a crash as well.
+// Hold this while replacing a socket file: between bind() and listen(), another hub's socket
+// refuses as a dead one does. Locks the folder, so that no lock file stays; a crash releases the
+// lock.
 FileDescriptor lockFolderOf(const std::string& path)
 {
     const std::string folder = path.substr(0, path.rfind('/') + 1) + '.';
@@ -56,15 +56,15 @@ FileDescriptor lockFolderOf(const std::string& path)
     return lock;
 }
 
-// Only a refusal proves that nobody listens: a full backlog, for one, does not.
+// Only a refusal proves that nobody listens. A full backlog, for example, fails with EAGAIN.
 void removeStale(const std::string& path)
 {
     if (!connectTo(path).isValid() && errno == ECONNREFUSED && isSocketFile(path))
         unlink(path.c_str());
 }
 
-// A side that closes with packets unread makes the other's next call fail once with ECONNRESET;
-// what it sent before is still to be read.
+// If one side closes without reading all, the other's next call fails once with ECONNRESET. What
+// the first one had sent can still be read.
 bool mayGoOn(int error)
 {
     return error == EAGAIN || error == EINTR || error == ECONNRESET;
@@ -110,11 +110,11 @@ Received receivePacket(const FileDescriptor& socket, PacketBytes& packet)
     pollfd state = {socket.get(), POLLIN | POLLRDHUP, 0};
     if (poll(&state, 1, 0) <= 0)
         return Received::Nothing;
-    unsigned char bytes[kMaxPacketBytes]; // not cleared, as nearly all packets are short
+    unsigned char bytes[kMaxPacketBytes]; // not cleared: 64 KB for each short packet
     const ssize_t length = recv(socket.get(), bytes, sizeof bytes, MSG_DONTWAIT | MSG_TRUNC);
     if (length < 0)
         return mayGoOn(errno) ? Received::Nothing : Received::End;
-    // An empty packet and the end both read as 0; only the end comes with a hang-up.
+    // recv() returns 0 for an empty packet and at the end. Only the end comes with a hang-up.
     if (length == 0 && (state.revents & (POLLHUP | POLLRDHUP)) != 0)
         return Received::End;
     if (static_cast<size_t>(length) > sizeof bytes)

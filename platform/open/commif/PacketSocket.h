@@ -20,21 +20,21 @@ enum class Received {
 
 FileDescriptor connectTo(const std::string& path);
 
-// Takes the place of a socket file that a crash left behind, never that of a program that answers,
-// however many try at once. Invalid with errno set on failure; EADDRINUSE when someone answers or
-// the file is no socket. The file is to be removed while the listener is still open: afterwards it
-// may be the next one's.
+// Replaces a socket file that a crash left behind, but never one that a program listens at, even if
+// many try at once. On failure the result is invalid and errno is set, to EADDRINUSE if a program
+// listens there or the file is no socket. Remove the file before you close the listener: afterwards
+// it may be another program's.
 FileDescriptor listenAt(const std::string& path);
 
-// 0, or the errno of the failure; EAGAIN when the other side does not read.
+// Returns 0 or the errno of the failure: EAGAIN if the other side does not read.
 int sendPacket(const FileDescriptor& socket, const void* data, size_t length);
 
-// Packets longer than kMaxPacketBytes are dropped.
+// Drops packets longer than kMaxPacketBytes.
 Received receivePacket(const FileDescriptor& socket, PacketBytes& packet);
 
 // Waits until the socket can be read or has failed, or `wake` is readable.
 void waitUntilReadable(const FileDescriptor& socket, const FileDescriptor& wake);
 
-// True when the socket can be written or has failed; false after that time, or with `wake` readable
-// before.
+// Returns true when the socket can be written or has failed, false after the limit or when `wake`
+// is readable.
 bool waitUntilWritable(const FileDescriptor& socket, const FileDescriptor& wake, int limitMs);

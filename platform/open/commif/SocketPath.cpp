@@ -7,20 +7,20 @@
 
 namespace {
 
-constexpr char kSocketVariable[] = "QUADPLAYER_LINK"; // where both sides have a place of their own
+constexpr char kSocketVariable[] = "QUADPLAYER_LINK"; // set where both sides agree on a path
 constexpr char kSocketName[] = "/quadplayer-commif.sock";
 constexpr char kPrivateFolder[] = "/tmp/quadplayer-";
 constexpr mode_t kOwnerOnly = 0700;
 constexpr mode_t kOthers = 0077;
 
-// Null where it is not set or empty.
+// Null if it is not set or empty.
 const char* variable(const char* name)
 {
     const char* value = std::getenv(name); // NOLINT(concurrency-mt-unsafe)
     return value && *value ? value : nullptr;
 }
 
-// Anyone may have made the folder before: it is used only if it is no link, ours and closed.
+// Another user may have made the folder first: use it only if it is ours, closed and no link.
 bool isPrivate(const std::string& folder)
 {
     struct stat info = {};

@@ -3,8 +3,7 @@
 
 #include <string>
 
-// The socket that $QUADPLAYER_LINK names, or one in the user's runtime directory
-// ($XDG_RUNTIME_DIR), or, without both, in a folder under /tmp that only this user can enter; that
-// folder is made when it is missing. Empty when such a folder belongs to someone else or is open to
-// others.
+// The path in $QUADPLAYER_LINK; else a socket in $XDG_RUNTIME_DIR; else one in a folder below /tmp
+// that only this user can enter. Makes that folder if it is missing. Returns an empty path if the
+// folder belongs to another user or is open to others.
 std::string commSocketPath();

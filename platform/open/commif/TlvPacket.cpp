@@ -1,7 +1,7 @@
-// The encoding of a packet, in the machine's own byte order, as both ends run on one machine:
+// The encoding of a packet, in the machine's byte order, as both ends run on one machine:
 //   head   16-bit type, 16-bit count of the bytes that follow
 //   item   16-bit tag, 16-bit count, that many bytes; items follow each other without padding
-// Every count is checked against what is left of the buffer before a byte is touched.
+// Each count is checked against the rest of the buffer before a byte is read.
 #include "platform/libcommif.h"
 
 #include <cstring>
@@ -14,7 +14,7 @@ constexpr uint32_t kItemHeadBytes = 4;
 constexpr uint32_t kU4Bytes = 4;
 constexpr uint32_t kMaxBodyBytes = 0xFFFF;
 
-// What the caller's 24 bytes hold; copied in and out, as they may stand at any address.
+// The content of the caller's 24 bytes. Copied in and out, as those may be unaligned.
 struct Cursor
 {
     union {
@@ -109,7 +109,7 @@ void TlvPacket_WriteHead(TlvPacket* packet, uint16_t type)
     store(packet, cursor);
 }
 
-// An item that does not fit, or has no head before it, is left out whole.
+// Leaves the item out if it does not fit or there is no head before it.
 void TlvPacket_WriteBody_U4B(TlvPacket* packet, uint16_t tag, uint32_t value)
 {
     constexpr uint32_t kBytes = kItemHeadBytes + kU4Bytes;
