@@ -1,14 +1,14 @@
 #!/usr/bin/env bash
-# drive.sh drawn|own|tour: drives the player on the current display as a user with a keyboard would,
-# through the drawn recordings, through whatever the demo device was pointed at, or on a short tour
-# that is filmed. Leaves numbered screenshots, or the film; started by demo/run.
+# drive.sh drawn|own|tour: plays a user with a keyboard on the current display. Goes through the drawn
+# recordings, or the user's own folder, and leaves numbered screenshots, or films a short tour. Started
+# by demo/run.
 . "$(dirname "$0")/../tools/setup.sh"
 . demo/session.sh
 
 shots=$demo/screenshots
 film=$demo/tour.webp
 count=0
-lists=1 # the list is filled once when it is made, and each time it is entered
+lists=1 # how often the list was filled: once when it is made, then whenever it is entered
 
 fail() {
     echo "$1; the player wrote:" >&2
@@ -16,7 +16,7 @@ fail() {
     exit 1
 }
 
-# wait_for TEXT [TIMES]: until the player has written it TIMES times, 30 s at most.
+# wait_for TEXT [TIMES]: waits until the player has written it TIMES times, for 30 s at most.
 wait_for() {
     for _ in $(seq 300); do
         [ "$(grep -cF -- "$1" "$player_log")" -ge "${2:-1}" ] && return
@@ -31,7 +31,7 @@ wait_for_list() {
     wait_for "-------ItemCount" $lists
 }
 
-# Until the first page is on the screen, which is of one colour before.
+# Waits for the first page; until then the screen has one colour.
 wait_for_picture() {
     for _ in $(seq 100); do
         [ "$(import -window root png:- | identify -format %k -)" = 1 ] || return 0
@@ -43,7 +43,7 @@ press() {
     xdotool key --delay 150 "$@"
 }
 
-# shot NAME: leaves the screen a moment to settle first.
+# shot NAME: saves a screenshot, a second later so that the screen has settled.
 shot() {
     count=$((count + 1))
     local file
@@ -65,7 +65,7 @@ drive_drawn() {
     shot folder
     press BackSpace
     wait_for_list
-    press Right Right Down Return Down Return # over Exit to the first row, down, and mark two
+    press Right Right Down Return Down Return # past Exit to the first row, down, mark two
     shot marked
 
     press Left
@@ -85,13 +85,13 @@ drive_drawn() {
     sleep 10
     shot bar-hidden
     press Return # brings the bar back
-    press Left Return # from play over the left end to the last button, back to the list
+    press Left Return # left of play is the last button: back to the list
     wait_for_list
     shot list-again
     press Right Return # Exit
 }
 
-# The first recording that there is: where a folder holds folders only, in the first one of them.
+# Plays the first recording. If a folder holds only folders, enters the first of them.
 drive_own() {
     shot list
     while [ "$(rows video)" = 0 ] && [ "$(rows file)" != 0 ]; do
@@ -108,7 +108,7 @@ drive_own() {
         press 1
         shot view-1
         if ! grep -qF "slotPagePlayerToPagePlayerList()" "$player_log"; then # not at its end yet
-            press Left Return # from play over the left end to the last button, back to the list
+            press Left Return # left of play is the last button: back to the list
         fi
         wait_for_list
         shot list-again
@@ -135,7 +135,7 @@ drive_tour() {
     wait_for_list
     sleep 2
     kill -INT $camera
-    wait $camera || true # 255, as it was interrupted
+    wait $camera || true # interrupted, ffmpeg ends with 255
     press Right Return
     ffmpeg -nostdin -loglevel error -y -i "$demo/tour.mkv" -vf scale=720:-1:flags=lanczos \
         -codec:v libwebp_anim -quality 60 -loop 0 "$film"

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# make-recording.sh RECORDER SCENE SECONDS TONE FILE: a drive with a tone of TONE hertz, H.264 in an
-# .mp4 or MPEG-4 in an .avi. FILE appears when it is complete.
+# make-recording.sh RECORDER SCENE SECONDS TONE FILE: records a drive with a tone of TONE hertz, as
+# H.264 if FILE is an .mp4 and as MPEG-4 if it is an .avi. FILE appears when it is complete.
 set -euo pipefail
 
 recorder=$1 scene=$2 seconds=$3 tone=$4 file=$5

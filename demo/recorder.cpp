@@ -1,6 +1,6 @@
-// Draws what the four cameras of a car would see on a drive and writes it to standard output as
-// raw I420 frames in a 2 x 2 picture: front, rear, left, right. Nothing is recorded anywhere: the
-// drive is a function of the time, so every run makes the same pictures.
+// Draws what the four cameras of a car would see on a drive, and writes it to standard output as
+// raw I420 frames with a 2 x 2 picture: front, rear, left, right. Each picture is a function of the
+// time, so every run makes the same ones.
 #include <QGuiApplication>
 #include <QImage>
 #include <QPainter>
@@ -110,7 +110,7 @@ void drawBackground(QPainter& p, const Scene& scene, double drift)
     p.drawPolygon(hills);
 }
 
-// Along the road: `travelled` grows for what the front camera sees and shrinks for the rear one.
+// Draws the road ahead. `travelled` grows for the front camera and shrinks for the rear one.
 void drawRoad(QPainter& p, const Scene& scene, double travelled)
 {
     constexpr double kTreeGap = 20;
@@ -133,7 +133,7 @@ void drawRoad(QPainter& p, const Scene& scene, double travelled)
 
 using DrawSight = void (*)(QPainter&, QRgb, double, double);
 
-// Beside the road: everything passes by, the nearer the faster.
+// Draws what passes by beside the road; the nearer it is, the faster it passes.
 void drawRoadside(QPainter& p, const Scene& scene, double travelled, DrawSight drawSight,
                   QRgb colour)
 {
@@ -169,7 +169,7 @@ void drawTimeCode(QPainter& p, const char* camera, int frame)
 
 void drawCamera(QPainter& p, const Scene& scene, int camera, int frame)
 {
-    constexpr double kLongWay = 100000; // keeps the remainders positive for what runs backwards
+    constexpr double kLongWay = 100000; // keeps fmod() positive for the cameras that look back
     const double seconds = frame / double(kFps);
     const double ahead = scene.speed * seconds;
     const double back = kLongWay - ahead;

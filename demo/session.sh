@@ -1,5 +1,5 @@
-# Sourced by demo/run and demo/drive.sh: the player and, beside it, the hub that stands for the
-# device's other programs. Both write to files, which are shown in the end or when something fails.
+# Sourced by demo/run and demo/drive.sh. Starts the player and the hub, which plays the device's other
+# programs. Both write to log files, which are shown at the end or after a failure.
 demo=$top/build/demo
 player_log=$demo/player.log
 hub_log=$demo/hub.log
@@ -15,7 +15,7 @@ end_session() {
 trap end_session EXIT
 
 start_player() {
-    # In a session of its own, it outlives the player that an interrupt from the terminal ends.
+    # In a session of its own, or Ctrl+C would end the hub before the player's last message.
     setsid "$demo/quadplayer-hub" --no-prompt >"$hub_log" 2>&1 &
     hub=$!
     "$demo/quadplayer" "$@" >"$player_log" 2>&1 &
@@ -25,7 +25,7 @@ start_player() {
 # Waits for the player to end and shows what the hub received.
 finish_session() {
     local status=0
-    trap : INT # the player gets the terminal's interrupt too, and ends
+    trap : INT # Ctrl+C reaches the player too and ends it
     wait "$player" || status=$?
     if [ $status -gt 128 ] && kill -0 "$player" 2>/dev/null; then
         status=0
