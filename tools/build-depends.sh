@@ -1,9 +1,8 @@
 #!/bin/sh
-# build-depends.sh [PROFILE...]: prints what a build needs, one Debian package a line, from the one
-# list of it: Build-Depends of debian/control, and build-essential, which that list implies.
-# Packages of the profiles `lint` (format and tidy checks), `arm` (cross build), `board` (a booted
-# system) and `docs` (drawings, moving picture) are printed where the profile is named; those marked
-# <!nocheck> (what tests need) are not where nocheck is named.
+# build-depends.sh [PROFILE...]: prints the Debian packages that a build needs, one a line: those of
+# Build-Depends in debian/control, and build-essential, which that list implies. Packages marked with a
+# profile, such as `lint` or `arm`, are printed only if it is named. Packages that only the tests need
+# (<!nocheck>) are left out if `nocheck` is named.
 set -eu
 
 echo build-essential

@@ -1,6 +1,6 @@
 #!/bin/sh
-# mirror.sh: prints the mirror of this machine's release that apt takes its main section from. Other
-# sections need not have armhf.
+# mirror.sh: prints the mirror from which apt takes the main section of this machine's release. The
+# mirrors of other sections may lack other architectures.
 set -eu
 
 . /etc/os-release

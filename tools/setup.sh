@@ -1,5 +1,5 @@
-# What demo/run, tests/run and .ci/run share; they source it. Works as root, and as a user who may
-# use sudo for the one step that installs packages.
+# Sourced by demo/run, tests/run and .ci/run. They run as root, or as a user who may use sudo, which
+# only the installation of packages needs.
 set -euo pipefail
 
 top=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
@@ -13,13 +13,13 @@ step() {
 missing_packages() {
     local wanted
     wanted=$(tools/build-depends.sh "$@" | sort -u)
-    # An installed package of a foreign architecture prints the same name; that is near enough.
+    # A package of a foreign architecture counts as installed too; none of these is likely to be one.
     comm -23 <(echo "$wanted") \
         <(dpkg-query -W -f '${Package} ${db:Status-Status}\n' $wanted 2>/dev/null |
             sed -n 's/ installed$//p' | sort -u)
 }
 
-# install_packages [PROFILE...]: installs what is missing and touches nothing where all is there.
+# install_packages [PROFILE...]: installs the missing build dependencies; does nothing if none is.
 install_packages() {
     local missing as_root=
     missing=$(missing_packages "$@")
@@ -42,14 +42,14 @@ build() {
         cmake --build --preset "$1" >&2
 }
 
-# keep_below DIR: caches of the libraries go below DIR instead of the home directory.
+# keep_below DIR: makes libraries keep their caches below DIR instead of the home directory.
 keep_below() {
     mkdir -p "$1/cache"
     export XDG_CACHE_HOME=$1/cache GST_REGISTRY=$1/cache/gst-registry.bin
 }
 
-# Programs that draw or open the link's socket want a runtime directory; where there is none they get
-# one of their own, in a temporary folder, as a socket's address has room for a short path only.
+# Qt and the link's socket need a runtime directory. It stands in a temporary folder because the
+# address of a socket holds a short path only.
 make_runtime_dir() {
     if [ -z "${XDG_RUNTIME_DIR:-}" ]; then
         XDG_RUNTIME_DIR=$(mktemp -d)
