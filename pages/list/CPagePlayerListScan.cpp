@@ -10,6 +10,9 @@
 #include <QPushButton>
 
 #include <algorithm>
+#include <dirent.h>
+#include <memory>
+#include <utility>
 
 namespace {
 
@@ -49,13 +52,19 @@ const RowKind kVideos{QDir::Files,
                       ":/image/videoIcon.png",
                       Qt::ItemIsSelectable | Qt::ItemIsUserCheckable | Qt::ItemIsEnabled};
 
+// QDir::Files takes a link to a FIFO or a device for a file, but opening one may never return.
+bool isFileOrDirectory(const QFileInfo& entry)
+{
+    return entry.isFile() || entry.isDir();
+}
+
 QStringList collect(const QString& path, const RowKind& kind)
 {
     QStringList names;
     QDirIterator entries(path, kind.entries);
     while (entries.hasNext()) {
         const QString name = entries.next().remove(path).remove(QLatin1Char('/'));
-        if (!kind.accepts(name))
+        if (!kind.accepts(name) || !isFileOrDirectory(entries.fileInfo()))
             continue;
         if (kind.nameLine)
             qDebug() << kind.nameLine << name;
@@ -64,7 +73,17 @@ QStringList collect(const QString& path, const RowKind& kind)
     return names;
 }
 
-// Complete before the list gets it, which would otherwise look at it after each change.
+// QDirIterator skips these silently: no QString stands for them, so nothing could open them.
+int countUndecodable(const QString& path)
+{
+    const std::unique_ptr<DIR, int (*)(DIR*)> folder(opendir(QFile::encodeName(path)), closedir);
+    int count = 0;
+    while (const dirent* entry = folder ? readdir(folder.get()) : nullptr)
+        count += QFile::encodeName(QFile::decodeName(entry->d_name)) != entry->d_name;
+    return count;
+}
+
+// The row is complete before the list gets it, or the list would look at it after each change.
 QListWidgetItem* makeRow(const QString& name, const QIcon& icon, Qt::ItemFlags flags)
 {
     auto* row = new QListWidgetItem(icon, name);
@@ -74,16 +93,15 @@ QListWidgetItem* makeRow(const QString& name, const QIcon& icon, Qt::ItemFlags f
     return row;
 }
 
-// In the order in which the list itself would sort its rows, that of the locale.
+// Sorted by the locale, as QListWidget::sortItems() does.
 int addRows(const QString& path, const RowKind& kind, QListWidget* list)
 {
     QStringList names = collect(path, kind);
     std::stable_sort(names.begin(), names.end(), QCollator());
     qDebug() << kind.countLine << names.size();
-    // One for all rows, of a pixmap that the toolkit reads once: each icon keeps its scaled
-    // picture.
+    // All rows share one icon, because each icon keeps scaled pictures of its own.
     const QIcon icon{QPixmap(kind.icon)};
-    for (const QString& name : qAsConst(names))
+    for (const QString& name : std::as_const(names))
         list->addItem(makeRow(name, icon, kind.flags));
     return names.size();
 }
@@ -109,6 +127,8 @@ void CPagePlayerList::openListFile(const QString& path)
     const int videos = addRows(path, kVideos, m_pListWidget);
     applyViewSettings(m_pListWidget);
     qDebug() << "-------ItemCount" << directories + videos;
+    if (const int undecodable = countUndecodable(path))
+        qDebug() << "-------not listed, as their names are not UTF-8:" << undecodable;
 }
 
 void CPagePlayerList::openListFile(QListWidgetItem* item)

@@ -6,6 +6,17 @@
 
 #include <algorithm>
 
+namespace {
+
+bool breaksLine(QChar character)
+{
+    const QChar::Category category = character.category();
+    return category == QChar::Other_Control || category == QChar::Separator_Line ||
+           category == QChar::Separator_Paragraph;
+}
+
+} // namespace
+
 class RowDelegate : public QStyledItemDelegate
 {
 public:
@@ -35,6 +46,14 @@ public:
                    const QModelIndex& /*index*/) const override
     {
         return m_rowSize;
+    }
+
+    // One line a row, or a name with newlines would make all rows as high as its lines.
+    QString displayText(const QVariant& value, const QLocale& /*locale*/) const override
+    {
+        QString name = value.toString();
+        std::replace_if(name.begin(), name.end(), breaksLine, QLatin1Char(' '));
+        return name;
     }
 
     // Some styles fill the focus rectangle, which would tint the current row's background.

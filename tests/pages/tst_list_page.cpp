@@ -10,8 +10,10 @@
 #include <QtTest>
 #include <QtWidgets>
 
+#include <fstream>
 #include <functional>
 #include <memory>
+#include <sys/stat.h>
 
 namespace {
 
@@ -106,6 +108,30 @@ private slots:
         QTest::ignoreMessage(QtDebugMsg, "path-----   \"" + top + '"');
         click(Qt::Key_Return);
         click(Qt::Key_Backspace);
+    }
+
+    void listsOddNamesOnOneLineAndOnlyFiles()
+    {
+        const QString lines = "b" + QString(100, '\n') + QChar(QChar::LineSeparator) + ".mp4";
+        makeTree({lines});
+        QVERIFY(QFile::link("/dev/zero", m_device->path("device.mp4")));
+        QVERIFY(!mkfifo(qPrintable(m_device->path("fifo")), 0600));
+        QVERIFY(QFile::link(m_device->path("fifo"), m_device->path("link.mp4")));
+        std::ofstream(qPrintable(m_device->path("")) + std::string("/\xff.mp4"));
+        QTest::ignoreMessage(QtDebugMsg, "-------not listed, as their names are not UTF-8: 1");
+        showPage({"a/"});
+        QCOMPARE(names(), "a " + lines);
+        QVERIFY(m_pList->sizeHintForRow(0) < 2 * 38 && rowCentre(1).y() < 4 * 38);
+        tap(1, 90);
+        QTest::mouseClick(m_vecButtons[0], Qt::LeftButton);
+        QVERIFY(CPlayerDatas::getInstance()->next());
+        QCOMPARE(CPlayerDatas::getInstance()->currentFile(), m_device->path(lines));
+        QVERIFY(QDir().rmdir(m_device->path("a")));
+        QVERIFY(QFile::link("fifo", m_device->path("a")));
+        m_pList->setFocus();
+        m_pList->setCurrentRow(0, QItemSelectionModel::NoUpdate);
+        click(Qt::Key_Return);
+        QCOMPARE(state(), QString("0: back"));
     }
 
     // The tree's rows are e (empty), sub (with one video), a.avi and b.mp4.
