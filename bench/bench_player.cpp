@@ -8,8 +8,8 @@
 #include "app/DisplaySettings.h"
 #include "app/HeapSettings.h"
 #include "bench/OwnPlayer.h"
+#include "platform/open/FrameCounters.h"
 #include "platform/open/FramePool.h"
-#include "platform/open/HostCounters.h"
 #include "platform/phymem.h"
 #include "player/CPlayer.h"
 #include "player/EngineClock.h"
@@ -34,14 +34,14 @@ void road(const QString& folder)
     OwnPlayer player(files);
     for (int row = 0; row < files.size(); ++row) {
         const QString name = player.list->item(row)->text();
-        const unsigned exported = hostCounters().framesExported;
-        const unsigned uploads = hostCounters().uploads;
+        const unsigned exported = frameCounters().framesExported;
+        const unsigned uploads = frameCounters().uploads;
         QElapsedTimer clock;
         clock.start();
         player.play(row);
         const bool returned = waitFor([&] { return player.page->isHidden(); }, 200000);
         std::printf("%-28s decoded %4u shown %4u in %6.2f s, %s\n", qPrintable(name),
-                    hostCounters().framesExported - exported, hostCounters().uploads - uploads,
+                    frameCounters().framesExported - exported, frameCounters().uploads - uploads,
                     clock.elapsed() / 1000.0, returned ? "back on the list" : "NOT back");
         if (!returned)
             player.back();
@@ -98,7 +98,7 @@ public:
     explicit Pace(CGLWndPlayer* surface) : m_surface(surface)
     {
         QObject::connect(surface, &QOpenGLWidget::frameSwapped, [this] {
-            m_shown.resize(hostCounters().uploads, currentTimeUs() - start);
+            m_shown.resize(frameCounters().uploads, currentTimeUs() - start);
         });
     }
     static int receive(int format, unsigned long phys, unsigned char* virt, int width, int height,
@@ -139,7 +139,7 @@ void Pace::print() const
     };
     const auto onTime = std::upper_bound(late.begin(), late.end(), kLateUs);
     std::printf("decoded=%u shown=%zu first=%.1f p50=%.2f p95=%.2f max=%.2f late=%td\n",
-                hostCounters().framesExported.load(), m_shown.size(), m_handedOn[0] / 1e3,
+                frameCounters().framesExported.load(), m_shown.size(), m_handedOn[0] / 1e3,
                 percentile(0.5), percentile(0.95), percentile(1), late.end() - onTime);
 }
 
@@ -183,7 +183,7 @@ void memory(const QString& file)
 
 void waitPoolEmpty()
 {
-    waitFor([] { return hostCounters().framesOut == FramePool::kFrames; }, 5000);
+    waitFor([] { return frameCounters().framesOut == FramePool::kFrames; }, 5000);
 }
 
 void stop(const QString& file)

@@ -4,6 +4,6 @@
 #include <QSurfaceFormat>
 
 // Returns `format` as this platform needs it; GUI thread, after the application object exists and
-// before the first OpenGL widget. Host: OpenGL ES, and neither multisampling nor depth and stencil
-// where the renderer is a software one. Device: unchanged.
+// before the first OpenGL widget. Open systems: OpenGL ES, and without multisampling, depth and
+// stencil where the renderer is a software one. Device: unchanged.
 QSurfaceFormat adaptPlatformSurfaceFormat(const QSurfaceFormat& format);

@@ -12,7 +12,7 @@
 #include "app/HeapSettings.h"
 #include "bench/OwnPlayer.h"
 #include "common/CPlayerDatas.h"
-#include "platform/open/HostCounters.h"
+#include "platform/open/FrameCounters.h"
 
 #include <QMap>
 
@@ -77,8 +77,8 @@ const char* fate(OwnPlayer& player, qint64 ms)
         return "ended";
     if (!player.surface->m_bVideo)
         return ms < kWatchMs ? "error" : "given up";
-    const unsigned shown = hostCounters().uploads;
-    return waitFor([&] { return hostCounters().uploads > shown; }, 5000) ? "plays on" : "HANGS";
+    const unsigned shown = frameCounters().uploads;
+    return waitFor([&] { return frameCounters().uploads > shown; }, 5000) ? "plays on" : "HANGS";
 }
 
 void damaged(const QString& folder, unsigned seed)
@@ -170,9 +170,9 @@ void cycles(const QString& file, int count)
     Usage last;
     int objects = 0;
     for (int i = 1; i <= count; ++i) {
-        const unsigned shown = hostCounters().uploads;
+        const unsigned shown = frameCounters().uploads;
         player.play(0);
-        if (!waitFor([&] { return hostCounters().uploads > shown + 5; }, 20000))
+        if (!waitFor([&] { return frameCounters().uploads > shown + 5; }, 20000))
             fault("cycle %d shows nothing", i);
         player.back();
         if (i == kWarmUp) {
@@ -218,7 +218,7 @@ public:
 private:
     void look()
     {
-        const unsigned uploads = hostCounters().uploads;
+        const unsigned uploads = frameCounters().uploads;
         if (uploads == m_uploads)
             return;
         const QString file = CPlayerDatas::getInstance()->currentFile();
@@ -232,7 +232,7 @@ private:
     const std::function<void(const QString&, std::vector<double>)> m_fileEnded;
     QElapsedTimer m_clock;
     QString m_file;
-    unsigned m_uploads = hostCounters().uploads;
+    unsigned m_uploads = frameCounters().uploads;
     std::vector<double> m_times;
 };
 
@@ -271,8 +271,8 @@ void hour(double minutes, const QStringList& files)
     clock.start();
     double memory = 0;
     double most = 0;
-    const unsigned uploads = hostCounters().uploads;
-    const unsigned exported = hostCounters().framesExported;
+    const unsigned uploads = frameCounters().uploads;
+    const unsigned exported = frameCounters().framesExported;
     for (int round = 1; round == 1 || clock.elapsed() < minutes * 60000; ++round) {
         for (int row = 0; row < files.size(); ++row)
             player.mark(row);
@@ -284,8 +284,8 @@ void hour(double minutes, const QStringList& files)
         if (round == 1)
             memory = most;
     }
-    const unsigned lost = (hostCounters().framesExported - exported) - unsigned(frames);
-    if (lost != 0 || hostCounters().uploads - uploads != frames)
+    const unsigned lost = (frameCounters().framesExported - exported) - unsigned(frames);
+    if (lost != 0 || frameCounters().uploads - uploads != frames)
         fault("%u frames were not shown", lost);
     if (most > memory + kGrowth)
         fault("memory grew from %.1f MB to %.1f MB", memory, most);

@@ -1,35 +1,13 @@
 #include "platform/open/DirectTextures.h"
 
-#include "platform/open/HostCounters.h"
-
 #include <QOpenGLContext>
 #include <QOpenGLFunctions>
 
-#include <algorithm>
 #include <utility>
-
-#include <libyuv.h>
 
 namespace {
 
-constexpr int kRgbaBytes = 4;
-constexpr int kBandRows = 16; // even, for two rows share their colours
 constexpr GLuint kUsesLogical = 0xFFFFFFFF;
-
-size_t pixelsOf(int width, int height)
-{
-    return static_cast<size_t>(width) * static_cast<size_t>(height);
-}
-
-// 0: not a frame that a decoder could have made.
-size_t frameBytes(int width, int height, GLenum format)
-{
-    if (width <= 0 || height <= 0 || width % 2 != 0)
-        return 0;
-    if (format == kFormatPacked16)
-        return pixelsOf(width, height) * 2;
-    return format == kFormatNv12 && height % 2 == 0 ? pixelsOf(width, height) * 3 / 2 : 0;
-}
 
 QOpenGLFunctions* gl()
 {
@@ -58,7 +36,7 @@ DirectTextures* DirectTextures::current()
 void DirectTextures::allocate(GLenum target, GLsizei width, GLsizei height, GLenum format,
                               GLvoid** planes)
 {
-    const size_t bytes = frameBytes(width, height, format);
+    const size_t bytes = tightBytes(width, height, format);
     if (bytes == 0)
         return;
     Source source;
@@ -67,7 +45,8 @@ void DirectTextures::allocate(GLenum target, GLsizei width, GLsizei height, GLen
     source.format = format;
     source.own.resize(bytes);
     planes[0] = source.own.data();
-    planes[1] = format == kFormatNv12 ? source.own.data() + pixelsOf(width, height) : nullptr;
+    const auto lumaBytes = static_cast<ptrdiff_t>(width) * height;
+    planes[1] = format == kFormatNv12 ? source.own.data() + lumaBytes : nullptr;
     planes[2] = nullptr;
     remember(target, std::move(source));
 }
@@ -100,52 +79,38 @@ void DirectTextures::invalidate(GLenum target)
     if (found == m_mapSources.end())
         return;
     Source& source = found->second;
-    const size_t bytes = frameBytes(source.width, source.height, source.format);
-    // Kept until the end: the frame must not go while it is read.
-    const auto block = PhysBlock::find(source.physical);
-    const uint8_t* pixels = source.logical;
-    if (!source.own.empty()) {
-        pixels = source.own.data();
-    } else if (block) {
-        pixels = block->size() >= bytes ? block->data() : nullptr;
-    }
-    if (bytes == 0 || !pixels)
+    if (tightBytes(source.width, source.height, source.format) == 0)
         return;
-    upload(target, source, pixels);
+    const uint8_t* pixels = source.own.empty() ? source.logical : source.own.data();
+    // Held until the end: the frame must not go while it is read.
+    const auto frame = PhysFrame::find(source.physical);
+    if (!frame && !pixels)
+        return;
+    giveStorage(target, source);
+    if (frame)
+        show(target, source, *frame);
+    else
+        m_Upload.upload(target, tightPicture(source.width, source.height, source.format, pixels));
 }
 
-// In bands, whose pixels are still in the processor's cache when the driver takes them. Saying the
-// size again would let the driver clear 8 MB for a frame of 1920x1080.
-void DirectTextures::upload(GLenum target, Source& source, const uint8_t* pixels)
+// Only when the size changes: the driver may clear what it is asked for, 8 MB at 1920x1080.
+void DirectTextures::giveStorage(GLenum target, Source& source)
 {
     const QSize size(source.width, source.height);
     if (source.stored != size)
         gl()->glTexImage2D(target, 0, GL_RGBA, size.width(), size.height(), 0, GL_RGBA,
                            GL_UNSIGNED_BYTE, nullptr);
     source.stored = size;
-    for (int y = 0; y < source.height; y += kBandRows) {
-        const int rows = std::min(kBandRows, source.height - y);
-        convert(source, pixels, y, rows);
-        gl()->glTexSubImage2D(target, 0, 0, y, size.width(), rows, GL_RGBA, GL_UNSIGNED_BYTE,
-                              m_vecRgba.data());
-    }
-    ++hostCounters().uploads;
 }
 
-// libyuv names formats by the order within a little-endian word: its ABGR is RGBA in memory.
-void DirectTextures::convert(const Source& source, const uint8_t* pixels, int y, int rows)
+void DirectTextures::show(GLenum target, const Source& source, PhysFrame& frame)
 {
-    const int width = source.width;
-    const int rowBytes = width * kRgbaBytes;
-    m_vecRgba.resize(pixelsOf(width, kBandRows) * kRgbaBytes);
-    uint8_t* out = m_vecRgba.data();
-    if (source.format == kFormatNv12) {
-        const uint8_t* colours = pixels + pixelsOf(width, source.height) + pixelsOf(width, y / 2);
-        libyuv::NV12ToABGR(pixels + pixelsOf(width, y), width, colours, width, out, rowBytes, width,
-                           rows);
-    } else {
-        libyuv::YUY2ToARGB(pixels + pixelsOf(width, y) * 2, width * 2, out, rowBytes, width, rows);
-        libyuv::ARGBToABGR(out, rowBytes, out, rowBytes, width, rows);
+    if (frame.draw(boundTexture(target), source.width, source.height))
+        return;
+    Picture picture;
+    if (frame.map(source.width, source.height, source.format, &picture)) {
+        m_Upload.upload(target, picture);
+        frame.unmap();
     }
 }
 

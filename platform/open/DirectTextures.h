@@ -1,13 +1,13 @@
-// The textures of one OpenGL context that read frames directly. The GPU of the device does that by
-// itself; here the frame is converted and uploaded whenever its bytes are said to have changed.
-// Packed frames are in the order Y0 U Y1 V (YUYV); colours are BT.601 with limited range. Widths,
-// and the heights of NV12, must be even, as a hardware decoder's are; other sizes are ignored.
+// The textures of one OpenGL context that read frames directly, as the GPU of the device does by
+// itself. Whenever a frame's bytes are said to have changed, it is looked up here and drawn into
+// the texture, or its pixels are uploaded. Sizes that no hardware decoder makes are ignored.
 // What a texture was mapped for stays its storage: nobody else may give it another one, nor use its
 // name again. Lives in the thread of its context and dies with it.
 #pragma once
 
 #include "platform/direct_texture.h"
-#include "platform/open/PhysBlock.h"
+#include "platform/open/PhysFrame.h"
+#include "platform/open/copied/FrameUpload.h"
 
 #include <QObject>
 #include <QSize>
@@ -45,9 +45,9 @@ private:
     };
 
     void remember(GLenum target, Source source);
-    void upload(GLenum target, Source& source, const uint8_t* pixels);
-    void convert(const Source& source, const uint8_t* pixels, int y, int rows);
+    void giveStorage(GLenum target, Source& source);
+    void show(GLenum target, const Source& source, PhysFrame& frame);
 
     std::map<GLuint, Source> m_mapSources; // by texture name
-    std::vector<uint8_t> m_vecRgba;        // converted pixels of some rows, used again and again
+    FrameUpload m_Upload;
 };

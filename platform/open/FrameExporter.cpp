@@ -1,11 +1,11 @@
 #include "platform/open/FrameExporter.h"
 
-#include "platform/open/FrameCopy.h"
+#include "platform/open/FrameCounters.h"
 #include "platform/open/FrameLayout.h"
 #include "platform/open/FramePool.h"
-#include "platform/open/HostCounters.h"
 #include "platform/open/TimestampRepair.h"
-#include "platform/phymem.h"
+#include "platform/open/copied/BlockStore.h"
+#include "platform/open/copied/FrameCopy.h"
 
 #include <algorithm>
 #include <chrono>
@@ -18,10 +18,10 @@ namespace {
 
 constexpr GstClockTime kUnknownFrameDuration = 40 * GST_MSECOND;
 
-// What the end of stream waits for at most: the longest step from frame to frame, and as much
-// again, and what a busy machine may need on top.
+// Upper limit of the wait at end of stream: twice the longest step from frame to frame, and this
+// for a busy machine.
 constexpr GstClockTime kEndPatience = 3 * GST_SECOND;
-// And how long the last frame stays, whatever it says of itself.
+// Upper limit of the last frame's stay, whatever its duration says.
 constexpr GstClockTime kLongestStay = 30 * GST_SECOND;
 
 #define EXPORTER_SIZES "width = [ 1, 16384 ], height = [ 1, 16384 ]"
@@ -39,7 +39,8 @@ struct ExporterState
     // Streaming thread only.
     TimestampRepair times;
     GstVideoInfo info = {}; // of what comes in
-    GstClockTime stay = 0;  // of the last frame
+    std::shared_ptr<BlockStore> blocks;
+    GstClockTime stay = 0; // of the last frame
 };
 
 } // namespace
@@ -118,7 +119,18 @@ GstCaps* transformCaps(GstBaseTransform*, GstPadDirection direction, GstCaps* ca
 
 gboolean setCaps(GstBaseTransform* base, GstCaps* in, GstCaps*)
 {
-    return gst_video_info_from_caps(&stateOf(base).info, in);
+    ExporterState& state = stateOf(base);
+    if (!gst_video_info_from_caps(&state.info, in))
+        return FALSE;
+    state.blocks = std::make_shared<BlockStore>(
+        tightNv12Size(evenSize(state.info.width), evenSize(state.info.height)));
+    return TRUE;
+}
+
+gboolean stop(GstBaseTransform* base)
+{
+    stateOf(base).blocks = nullptr;
+    return TRUE;
 }
 
 // Decoders may then write frames with gaps between the rows; they are read by their video meta.
@@ -157,40 +169,56 @@ void setTimes(GstBaseTransform* base, GstBuffer* in, GstBuffer* out)
     state.stay = std::min(duration, kLongestStay);
 }
 
+// Null: the element has posted an error.
+std::shared_ptr<PhysBlock> copiedFrame(GstBaseTransform* base, GstBuffer* in)
+{
+    ExporterState& state = stateOf(base);
+    auto block = state.blocks->take();
+    if (!block) {
+        GST_ELEMENT_ERROR(base, RESOURCE, NO_SPACE_LEFT, ("No memory for a frame"), (nullptr));
+        return nullptr;
+    }
+    const auto layout = frameLayoutOf(in, state.info);
+    if (!layout || !copyAsTightNv12(in, *layout, block->data())) {
+        GST_ELEMENT_ERROR(base, STREAM, FORMAT, ("A decoded frame is not what its caps say"),
+                          (nullptr));
+        return nullptr;
+    }
+    return block;
+}
+
+// Expressly, because GStreamer's own layout has other strides for most widths.
+void describeTightNv12(GstBuffer* buffer, const GstVideoInfo& picture)
+{
+    const int width = evenSize(picture.width);
+    const int height = evenSize(picture.height);
+    gsize offsets[GST_VIDEO_MAX_PLANES] = {0, static_cast<gsize>(width) * height};
+    gint strides[GST_VIDEO_MAX_PLANES] = {width, width};
+    gst_buffer_add_video_meta_full(buffer, GST_VIDEO_FRAME_FLAG_NONE, GST_VIDEO_FORMAT_NV12, width,
+                                   height, 2, offsets, strides);
+}
+
 GstFlowReturn prepareOutputBuffer(GstBaseTransform* base, GstBuffer* in, GstBuffer** out)
 {
     ExporterState& state = stateOf(base);
-    const int width = evenSize(GST_VIDEO_INFO_WIDTH(&state.info));
-    const int height = evenSize(GST_VIDEO_INFO_HEIGHT(&state.info));
-    GstMemory* memory = state.pool->take(tightNv12Size(width, height));
-    if (!memory && state.pool->isInterrupted())
+    if (!state.pool->waitForRoom())
         return GST_FLOW_FLUSHING;
-    if (!memory) {
-        GST_ELEMENT_ERROR(base, RESOURCE, NO_SPACE_LEFT, ("No memory for a frame"), (nullptr));
+    const auto frame = copiedFrame(base, in);
+    if (!frame)
         return GST_FLOW_ERROR;
-    }
     *out = gst_buffer_new();
-    gst_buffer_append_memory(*out, memory);
+    gst_buffer_append_memory(*out, state.pool->handOut(frame, frame->size()));
     gst_buffer_copy_into(*out, in, GST_BUFFER_COPY_FLAGS, 0, -1);
-    // Said expressly: GStreamer's own layout has other strides for most widths.
-    gsize offsets[GST_VIDEO_MAX_PLANES] = {0, static_cast<gsize>(width) * height};
-    gint strides[GST_VIDEO_MAX_PLANES] = {width, width};
-    gst_buffer_add_video_meta_full(*out, GST_VIDEO_FRAME_FLAG_NONE, GST_VIDEO_FORMAT_NV12, width,
-                                   height, 2, offsets, strides);
+    describeTightNv12(*out, state.info);
     setTimes(base, in, *out);
+    ++frameCounters().framesExported;
     return GST_FLOW_OK;
 }
 
-// The block is written by its address: mapping it would count as showing it.
-GstFlowReturn transformFrame(GstBaseTransform* base, GstBuffer* in, GstBuffer* out)
+// The output buffer is complete already. Without this function the base class would pass the input
+// on.
+GstFlowReturn keepOutput(GstBaseTransform*, GstBuffer*, GstBuffer*)
 {
-    const auto layout = frameLayoutOf(in, stateOf(base).info);
-    if (!layout || !copyAsTightNv12(in, *layout, gst_buffer_query_phymem_block(out)->vaddr)) {
-        GST_ELEMENT_ERROR(base, STREAM, FORMAT, ("A decoded frame is not what its caps say"),
-                          (nullptr));
-        return GST_FLOW_ERROR;
-    }
-    ++hostCounters().framesExported;
     return GST_FLOW_OK;
 }
 
@@ -286,7 +314,8 @@ static void quadplayer_frame_exporter_class_init(QuadplayerFrameExporterClass* k
     klass->base.propose_allocation = proposeAllocation;
     klass->base.decide_allocation = decideAllocation;
     klass->base.prepare_output_buffer = prepareOutputBuffer;
-    klass->base.transform = transformFrame;
+    klass->base.transform = keepOutput;
+    klass->base.stop = stop;
     klass->base.sink_event = sinkEvent;
 }
 

@@ -1,42 +1,32 @@
 #include "platform/open/FramePool.h"
 
-#include "platform/open/HostCounters.h"
+#include "platform/open/FrameCounters.h"
 #include "platform/open/PhysMemory.h"
 
 #include <algorithm>
+#include <utility>
 
-GstMemory* FramePool::take(size_t size)
+bool FramePool::waitForRoom()
 {
     std::unique_lock<std::mutex> lock(m_Mutex);
     m_Changed.wait(lock, [this] { return interrupted() || m_nOut < kFrames; });
-    if (interrupted())
-        return nullptr;
-    const auto block = unusedBlock(size);
-    return block ? handOut(block) : nullptr;
+    return !interrupted();
 }
 
-// Blocks of the size before are dropped here; those still out, when they come back.
-std::shared_ptr<PhysBlock> FramePool::unusedBlock(size_t size)
+GstMemory* FramePool::handOut(std::shared_ptr<PhysFrame> frame, size_t size)
 {
-    if (!m_vecUnused.empty() && m_vecUnused.back()->size() != size)
-        m_vecUnused.clear();
-    if (m_vecUnused.empty())
-        return PhysBlock::make(size);
-    auto block = m_vecUnused.back();
-    m_vecUnused.pop_back();
-    return block;
-}
-
-GstMemory* FramePool::handOut(const std::shared_ptr<PhysBlock>& block)
-{
+    const std::lock_guard<std::mutex> lock(m_Mutex);
     ++m_nOut;
-    ++hostCounters().framesOut;
+    ++frameCounters().framesOut;
     const uint64_t number = ++m_nTaken;
     const auto pool = shared_from_this();
-    // The memory's reference does not delete the block but brings it back.
-    const std::shared_ptr<PhysBlock> lent(
-        block.get(), [pool, block, number](PhysBlock*) { pool->giveBack(block, number); });
-    return newPhysMemory(lent, [pool, number] { pool->markShown(number); });
+    // Dropped before it counts as back: what it held is free for the next one then.
+    PhysFrame* raw = frame.get();
+    std::shared_ptr<PhysFrame> lent(raw, [pool, number, frame = std::move(frame)](auto*) mutable {
+        frame.reset();
+        pool->giveBack(number);
+    });
+    return newPhysMemory(std::move(lent), size, [pool, number] { pool->markShown(number); });
 }
 
 void FramePool::markShown(uint64_t number)
@@ -46,15 +36,12 @@ void FramePool::markShown(uint64_t number)
     m_Changed.notify_all();
 }
 
-void FramePool::giveBack(const std::shared_ptr<PhysBlock>& block, uint64_t number)
+void FramePool::giveBack(uint64_t number)
 {
     const std::lock_guard<std::mutex> lock(m_Mutex);
     --m_nOut;
-    --hostCounters().framesOut;
+    --frameCounters().framesOut;
     m_nShown = std::max(m_nShown, number);
-    const bool fits = m_vecUnused.empty() || m_vecUnused.back()->size() == block->size();
-    if (m_bActive && fits)
-        m_vecUnused.push_back(block);
     m_Changed.notify_all();
 }
 
@@ -81,7 +68,6 @@ void FramePool::setActive(bool active)
     m_bActive = active;
     m_bFlushing = false;
     m_nShown = m_nTaken;
-    m_vecUnused.clear();
     m_Changed.notify_all();
 }
 
@@ -98,10 +84,4 @@ void FramePool::setPlaying(bool playing)
     const std::lock_guard<std::mutex> lock(m_Mutex);
     m_bPlaying = playing;
     m_Changed.notify_all();
-}
-
-bool FramePool::isInterrupted()
-{
-    const std::lock_guard<std::mutex> lock(m_Mutex);
-    return interrupted();
 }

@@ -8,7 +8,7 @@ namespace {
 struct PhysMemory
 {
     GstMemory base; // first: GStreamer knows no more than this
-    std::shared_ptr<PhysBlock> block;
+    std::shared_ptr<PhysFrame> frame;
     std::function<void()> onUnmapped;
     // GStreamer's count of references orders every use before the freeing, but a thread sanitizer
     // does not see that count. Unmapping adds to this one, freeing reads it.
@@ -43,12 +43,6 @@ GstAllocator* physAllocator()
     return allocator;
 }
 
-GstMemory* allocBlock(GstAllocator*, gsize size, GstAllocationParams*)
-{
-    auto block = PhysBlock::make(size);
-    return block ? newPhysMemory(std::move(block)) : nullptr;
-}
-
 void freeMemory(GstAllocator*, GstMemory* memory)
 {
     static_cast<void>(physMemory(memory)->timesUnmapped.load());
@@ -57,7 +51,7 @@ void freeMemory(GstAllocator*, GstMemory* memory)
 
 gpointer mapMemory(GstMemory* memory, gsize, GstMapFlags)
 {
-    return physMemory(memory)->block->data();
+    return physMemory(memory)->frame->descriptor()->vaddr;
 }
 
 void unmapMemory(GstMemory* memory)
@@ -79,23 +73,22 @@ GstMemory* physMemoryOf(GstBuffer* buffer)
 
 static void quadplayer_phys_allocator_class_init(QuadplayerPhysAllocatorClass* klass)
 {
-    klass->base.alloc = allocBlock;
     klass->base.free = freeMemory;
 }
 
 static void quadplayer_phys_allocator_init(QuadplayerPhysAllocator* allocator)
 {
-    allocator->base.mem_type = "HostPhysicalMemory";
+    allocator->base.mem_type = "QuadplayerPhysicalMemory";
     allocator->base.mem_map = mapMemory;
     allocator->base.mem_unmap = unmapMemory;
     GST_OBJECT_FLAG_SET(allocator, GST_ALLOCATOR_FLAG_CUSTOM_ALLOC);
 }
 
-GstMemory* newPhysMemory(std::shared_ptr<PhysBlock> block, std::function<void()> onUnmapped)
+GstMemory* newPhysMemory(std::shared_ptr<PhysFrame> frame, size_t size,
+                         std::function<void()> onUnmapped)
 {
-    const size_t size = block->size();
-    auto* memory = new PhysMemory{{}, std::move(block), std::move(onUnmapped), {}};
-    // A part of a block would have no physical address of its own.
+    auto* memory = new PhysMemory{{}, std::move(frame), std::move(onUnmapped), {}};
+    // A part of a frame would have no physical address of its own.
     gst_memory_init(&memory->base, GST_MEMORY_FLAG_NO_SHARE, physAllocator(), nullptr, size, 0, 0,
                     size);
     return &memory->base;
@@ -109,5 +102,5 @@ gboolean gst_buffer_is_phymem(GstBuffer* buffer)
 PhyMemBlock* gst_buffer_query_phymem_block(GstBuffer* buffer)
 {
     GstMemory* memory = physMemoryOf(buffer);
-    return memory ? physMemory(memory)->block->descriptor() : nullptr;
+    return memory ? physMemory(memory)->frame->descriptor() : nullptr;
 }

@@ -15,7 +15,7 @@ namespace {
 constexpr std::array<const char*, 4> kSoftwareRenderers = {"llvmpipe", "softpipe", "swrast",
                                                            "SwiftShader"};
 
-// Asking the renderer takes 4 ms of the start; where no graphics device is, its answer is known.
+// Asking the renderer takes 4 ms of the start, and without a graphics device it is a software one.
 bool hasGraphicsDevice()
 {
     const QDir devices(QStringLiteral("/dev/dri"));
@@ -42,9 +42,9 @@ bool isSoftware(const QByteArray& renderer)
                        [&](const char* name) { return renderer.contains(name); });
 }
 
-// What nothing is drawn with, but a software renderer takes time and memory for: samples more than
-// half of the frame time, depth and stencil as much memory as the screen's picture.
-QSurfaceFormat withoutLuxury(QSurfaceFormat format)
+// We never use samples, depth or stencil. On a software renderer, samples cost more than half of
+// the frame time, depth and stencil as much memory as the screen's picture.
+QSurfaceFormat withoutExtras(QSurfaceFormat format)
 {
     format.setSamples(0);
     format.setDepthBufferSize(0);
@@ -62,5 +62,5 @@ QSurfaceFormat adaptPlatformSurfaceFormat(const QSurfaceFormat& format)
     QSurfaceFormat probe = adapted;
     probe.setSamples(0);
     return hasGraphicsDevice() && !isSoftware(rendererName(probe)) ? adapted
-                                                                   : withoutLuxury(adapted);
+                                                                   : withoutExtras(adapted);
 }

@@ -11,9 +11,9 @@ void addGhostPad(GstElement* bin, GstElement* element, const char* name)
     gst_object_unref(target);
 }
 
-// With frame threads, decoders on the CPU keep a frame back for each, and tables of its own: 20 MB
-// at 1920x1080, and the first picture later. A hardware decoder does neither. Called in the thread
-// that adds the element, before it is started.
+// With a thread for each frame, software decoders hold back a frame for each and need more memory:
+// 20 MB at 1920x1080, and the first picture comes later. A hardware decoder does neither. Called in
+// the thread that adds the element, before it is started.
 void decodeInOrder(GstElement* /*playbin*/, GstElement* element, gpointer /*user*/)
 {
     if (g_object_class_find_property(G_OBJECT_GET_CLASS(element), "thread-type"))
@@ -24,7 +24,7 @@ void decodeInOrder(GstElement* /*playbin*/, GstElement* element, gpointer /*user
 
 void preparePlatformVideoPath(GstElement* playbin)
 {
-    GstElement* bin = gst_bin_new("hostvideopath");
+    GstElement* bin = gst_bin_new("videopath");
     GstElement* convert = gst_element_factory_make("videoconvert", nullptr);
     GstElement* exporter = newFrameExporter();
     gst_bin_add_many(GST_BIN(bin), convert, exporter, nullptr);

@@ -1,6 +1,6 @@
 // The engine against real clips.
+#include "platform/open/FrameCounters.h"
 #include "platform/open/FramePool.h"
-#include "platform/open/HostCounters.h"
 #include "tests/Rows.h"
 #include "tests/player/Engine.h"
 
@@ -171,7 +171,7 @@ private slots:
              {&CPlayer::seekForward, &CPlayer::seekBackward, &CPlayer::stop}) {
             // A seek loses what is decoded before it is over: of the short clip, some or all.
             const bool mayLack = file == "odd.avi" && operation != &CPlayer::seekForward;
-            QTRY_VERIFY_WITH_TIMEOUT(hostCounters().framesOut == FramePool::kFrames || mayLack,
+            QTRY_VERIFY_WITH_TIMEOUT(frameCounters().framesOut == FramePool::kFrames || mayLack,
                                      kLimitMs);
             if (paused)
                 e.player->playPause();
@@ -180,13 +180,13 @@ private slots:
             (e.player.get()->*operation)();
             longestMs = std::max(longestMs, clock.elapsed());
             if (paused)
-                QTRY_VERIFY_WITH_TIMEOUT(hostCounters().framesOut <= 4, kLimitMs);
+                QTRY_VERIFY_WITH_TIMEOUT(frameCounters().framesOut <= 4, kLimitMs);
             if (paused && e.player->isPlaying())
                 e.player->playPause();
         }
         // Generous: sanitizers, and other work on the machine.
         QVERIFY2(longestMs < 2000, qPrintable(QString::number(longestMs)));
-        const int out = hostCounters().framesOut; // one is the sink's to the end
+        const int out = frameCounters().framesOut; // one is the sink's to the end
         QVERIFY(out <= 2);
         const std::unique_ptr<QThread> surface(QThread::create([&e] {
             QThread::msleep(100);
@@ -194,7 +194,7 @@ private slots:
         }));
         surface->start();
         e.player->waitForWorker();
-        QCOMPARE(hostCounters().framesOut.load(), out - 1);
+        QCOMPARE(frameCounters().framesOut.load(), out - 1);
         surface->wait();
     }
 
@@ -221,7 +221,7 @@ private slots:
         QTest::ignoreMessage(QtDebugMsg, "++ CPlayer::slotProcessSample() quit ...");
         e.player.reset();
         QVERIFY2(clock.elapsed() < 3000, qPrintable(QString::number(clock.elapsed())));
-        QCOMPARE(hostCounters().framesOut.load(), 0);
+        QCOMPARE(frameCounters().framesOut.load(), 0);
     }
 };
 

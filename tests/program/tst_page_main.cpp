@@ -7,8 +7,8 @@
 #include "pages/list/CPagePlayerList.h"
 #include "pages/player/CPagePlayer.h"
 #include "pages/player/CPagePlayerControl.h"
+#include "platform/open/FrameCounters.h"
 #include "platform/open/FramePool.h"
-#include "platform/open/HostCounters.h"
 #include "render/CGLWndPlayer.h"
 #include "tests/Rows.h"
 #include "tests/TestDevice.h"
@@ -202,7 +202,7 @@ private slots:
         const Window w({"quads.mp4"});
         w.play();
         QTRY_VERIFY_WITH_TIMEOUT(w.colourAt(20, 20).red() > 150, kLimitMs);
-        QVERIFY(blockUntil([] { return hostCounters().framesOut == FramePool::kFrames; }));
+        QVERIFY(blockUntil([] { return frameCounters().framesOut == FramePool::kFrames; }));
         QThread::msleep(200); // the next frame is due meanwhile and waits
         w.buttons[1]->click();
         w.surface->m_bVideo = true;
@@ -216,8 +216,8 @@ private slots:
         w.play();
         QVERIFY(blockUntil([] { return s_nErrors > 0; }));
         w.page->slotPlayInMultiFileMode(); // before the errors arrive
-        const unsigned drawn = hostCounters().uploads;
-        QTRY_COMPARE_WITH_TIMEOUT(hostCounters().uploads - drawn, 5U, kLimitMs);
+        const unsigned drawn = frameCounters().uploads;
+        QTRY_COMPARE_WITH_TIMEOUT(frameCounters().uploads - drawn, 5U, kLimitMs);
         QVERIFY(w.shows("/00:01")); // 0.5 s
         QVERIFY(blockUntil([] { return s_nEnds > 0; }));
         w.buttons[1]->click(); // before the end arrives
@@ -334,7 +334,7 @@ private slots:
         w.buttons[4]->click();
         QVERIFY(w.onList() && !w.surface->m_bVideo);
         QVERIFY(!w.page->findChild<QTimer*>(QString(), Qt::FindDirectChildrenOnly)->isActive());
-        QVERIFY(hostCounters().framesOut < FramePool::kFrames / 2); // it does not play on
+        QVERIFY(frameCounters().framesOut < FramePool::kFrames / 2); // it does not play on
     }
 
     void displayAndMarginsCount()

@@ -1,6 +1,6 @@
 // The video surface: pixels of every view, the hand-off, and the pictures that are compiled in.
 #include "platform/SurfaceFormat.h"
-#include "platform/open/PhysBlock.h"
+#include "platform/open/copied/PhysBlock.h"
 #include "render/CGLWndPlayer.h"
 #include "tests/Rows.h"
 

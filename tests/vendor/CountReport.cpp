@@ -1,6 +1,6 @@
 // Says at the end of the process how many frames were decoded and how many were drawn: the program
 // for the device counts none.
-#include "platform/open/HostCounters.h"
+#include "platform/open/FrameCounters.h"
 
 #include <cstdio>
 
@@ -9,7 +9,7 @@ namespace {
 [[gnu::destructor]] void report()
 {
     std::fprintf(stderr, "stand-ins: %u frames decoded, %u drawn\n",
-                 hostCounters().framesExported.load(), hostCounters().uploads.load());
+                 frameCounters().framesExported.load(), frameCounters().uploads.load());
 }
 
 } // namespace

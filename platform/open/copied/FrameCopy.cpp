@@ -1,4 +1,4 @@
-#include "platform/open/FrameCopy.h"
+#include "platform/open/copied/FrameCopy.h"
 
 #include <cstring>
 

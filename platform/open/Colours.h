@@ -1,0 +1,11 @@
+// What the numbers of a YUV picture stand for. Unless somebody says otherwise, BT.601 with limited
+// range.
+#pragma once
+
+struct Colours
+{
+    enum Matrix { Bt601, Bt709, Bt2020 };
+
+    Matrix matrix = Bt601;
+    bool fullRange = false;
+};

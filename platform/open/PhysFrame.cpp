@@ -1,0 +1,56 @@
+#include "platform/open/PhysFrame.h"
+
+#include <map>
+#include <mutex>
+
+namespace {
+
+// 0 and all ones mean "no physical address" in the program.
+constexpr uint32_t kLowest = 1;
+constexpr uint32_t kHighest = 0xFFFFFFFE;
+
+struct AddressSpace
+{
+    uint32_t claim(PhysFrame* frame);
+
+    std::mutex mutex; // guards what follows
+    std::map<uint32_t, PhysFrame*> frames;
+    uint32_t last = kLowest - 1;
+};
+
+// An address is used again as late as possible: one that is kept too long finds nothing then, and
+// not somebody else's picture.
+uint32_t AddressSpace::claim(PhysFrame* frame)
+{
+    const std::lock_guard<std::mutex> lock(mutex);
+    do
+        last = last < kHighest ? last + 1 : kLowest;
+    while (!frames.emplace(last, frame).second);
+    return last;
+}
+
+// Never destroyed, because frames may outlive every static object.
+AddressSpace& addressSpace()
+{
+    static auto* space = new AddressSpace;
+    return *space;
+}
+
+} // namespace
+
+std::shared_ptr<PhysFrame> PhysFrame::find(uint32_t physical)
+{
+    AddressSpace& space = addressSpace();
+    const std::lock_guard<std::mutex> lock(space.mutex);
+    const auto found = space.frames.find(physical);
+    return found == space.frames.end() ? nullptr : found->second->weak_from_this().lock();
+}
+
+PhysFrame::PhysFrame(unsigned char* vaddr) : m_Descriptor{vaddr, addressSpace().claim(this)} {}
+
+PhysFrame::~PhysFrame()
+{
+    AddressSpace& space = addressSpace();
+    const std::lock_guard<std::mutex> lock(space.mutex);
+    space.frames.erase(physical());
+}
