@@ -1,9 +1,23 @@
 // A page's reaction to keys, kept as tables: one for presses and one for releases of each key mode.
 #pragma once
 
-#include <QEvent>
+#include <QKeyEvent>
 
 #include <cstddef>
+
+// The press or release of a key that the event is; null for any other event.
+inline const QKeyEvent* keyEvent(const QEvent* event)
+{
+    const QEvent::Type type = event->type();
+    const bool key = type == QEvent::KeyPress || type == QEvent::KeyRelease;
+    return key ? static_cast<const QKeyEvent*>(event) : nullptr;
+}
+
+// A key that is held acts once. Its repeated releases act again.
+inline bool isRepeatedPress(const QKeyEvent* key)
+{
+    return key->type() == QEvent::KeyPress && key->isAutoRepeat();
+}
 
 template <typename Action> struct KeyRule
 {

@@ -10,7 +10,7 @@
 
 namespace {
 
-constexpr QRgb kCurrentBackground = qRgb(255, 233, 231);
+const QRgb kCurrentBackground = qRgb(255, 233, 231);
 
 void dress(QListWidgetItem* row, const QBrush& background, const QFont& font)
 {

@@ -1,11 +1,11 @@
 // CPagePlayerList's keys and its focus ring.
 #include "pages/list/CPagePlayerList.h"
 
+#include "common/KeyTable.h"
 #include "common/globals.h"
 #include "pages/list/FocusRing.h"
 #include "pages/list/ListKeys.h"
 
-#include <QKeyEvent>
 #include <QListWidget>
 #include <QPushButton>
 
@@ -14,11 +14,6 @@
 
 namespace {
 
-bool isKey(QEvent::Type type)
-{
-    return type == QEvent::KeyPress || type == QEvent::KeyRelease;
-}
-
 constexpr FocusPlace kPlaces[] = {FocusPlace::Play, FocusPlace::Back, FocusPlace::Exit,
                                   FocusPlace::List};
 
@@ -26,12 +21,12 @@ constexpr FocusPlace kPlaces[] = {FocusPlace::Play, FocusPlace::Back, FocusPlace
 
 bool CPagePlayerList::eventFilter(QObject* watched, QEvent* event)
 {
-    if (!isKey(event->type()) || !watches(watched))
+    const QKeyEvent* key = keyEvent(event);
+    if (!key || !watches(watched))
         return QObject::eventFilter(watched, event);
-    const auto* key = static_cast<QKeyEvent*>(event);
-    if (event->type() == QEvent::KeyPress && key->isAutoRepeat())
+    if (isRepeatedPress(key))
         return true;
-    const ListAction* action = listAction(g_bTwoKeyMode, event->type(), key->key());
+    const ListAction* action = listAction(g_bTwoKeyMode, key->type(), key->key());
     if (action && perform(*action))
         return true;
     return QObject::eventFilter(watched, event);

@@ -2,9 +2,8 @@
 #include "pages/list/CPagePlayerList.h"
 
 #include "common/DevicePaths.h"
-#include "common/OwnedStyle.h"
 #include "common/SystemConfig.h"
-#include "common/noFocusStyle_1.h"
+#include "common/noFocusStyle.h"
 #include "pages/list/CTouchList.h"
 #include "pages/list/ListStyleSheet.h"
 #include "pages/list/RowStyle.h"
@@ -19,7 +18,7 @@
 
 namespace {
 
-constexpr QRgb kBackground = qRgb(99, 192, 249);
+const QRgb kBackground = qRgb(99, 192, 249);
 constexpr int kClockFontSize = 25; // px, as all lengths here
 constexpr int kClockTickMs = 1000;
 constexpr QSize kButtonSize(105, 35);

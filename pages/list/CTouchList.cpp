@@ -158,7 +158,8 @@ void CTouchList::currentChanged(const QModelIndex& current, const QModelIndex& p
 void CTouchList::dataChanged(const QModelIndex& topLeft, const QModelIndex& /*bottomRight*/,
                              const QVector<int>& roles)
 {
-    if (roles.contains(Qt::FontRole) && topLeft == currentIndex()) {
+    const bool all = roles.isEmpty(); // QListWidget names no roles before Qt 5.10
+    if ((all || roles.contains(Qt::FontRole)) && topLeft == currentIndex()) {
         measureCurrentRow();
         updateGeometries();
     }

@@ -1,6 +1,6 @@
 #include "pages/player/CFrameButton.h"
 
-#include "common/FocusFrame.h"
+#include "common/noFocusStyle.h"
 
 #include <QStyleOptionButton>
 #include <QStyleOptionFocusRect>

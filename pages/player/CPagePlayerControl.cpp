@@ -1,6 +1,5 @@
 #include "pages/player/CPagePlayerControl.h"
 
-#include "common/OwnedStyle.h"
 #include "common/noFocusStyle.h"
 #include "pages/player/CFrameButton.h"
 #include "pages/player/SliderStyleSheet.h"

@@ -1,20 +1,11 @@
 // CPagePlayerControl's keys and the memory of its focus.
 #include "pages/player/CPagePlayerControl.h"
 
+#include "common/KeyTable.h"
 #include "common/globals.h"
 #include "pages/player/ControlKeys.h"
 
-#include <QKeyEvent>
 #include <QPushButton>
-
-namespace {
-
-bool isKey(QEvent::Type type)
-{
-    return type == QEvent::KeyPress || type == QEvent::KeyRelease;
-}
-
-} // namespace
 
 bool CPagePlayerControl::eventFilter(QObject* watched, QEvent* event)
 {
@@ -23,14 +14,13 @@ bool CPagePlayerControl::eventFilter(QObject* watched, QEvent* event)
     const int index = m_vecButtons.indexOf(qobject_cast<QPushButton*>(watched));
     if (index < 0)
         return true;
-    if (!isKey(event->type()))
+    const QKeyEvent* key = keyEvent(event);
+    if (!key)
         return QObject::eventFilter(watched, event);
-
-    const auto* key = static_cast<QKeyEvent*>(event);
-    if (event->type() == QEvent::KeyPress && key->isAutoRepeat())
+    if (isRepeatedPress(key))
         return true;
     const bool twoKeyMode = g_bTwoKeyMode;
-    const ControlAction* action = controlAction(twoKeyMode, event->type(), key->key());
+    const ControlAction* action = controlAction(twoKeyMode, key->type(), key->key());
     if (!action)
         return QObject::eventFilter(watched, event);
     perform(*action, index);

@@ -1,7 +1,6 @@
 // The control bar on screen, driven by real keys and clicks.
 #include "common/globals.h"
 #include "common/noFocusStyle.h"
-#include "common/noFocusStyle_1.h"
 #include "pages/player/CPagePlayerControl.h"
 #include "tests/Rows.h"
 
@@ -116,7 +115,7 @@ private slots:
 
     void clickIsOneCommand()
     {
-        for (QPushButton* button : qAsConst(m_vecButtons))
+        for (QPushButton* button : std::as_const(m_vecButtons))
             QTest::mouseClick(button, Qt::LeftButton);
         QCOMPARE(m_pPage->m_log.join(' '), QString("play stop backward forward back"));
     }
