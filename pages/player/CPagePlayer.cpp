@@ -3,7 +3,7 @@
 #include "common/CPlayerDatas.h"
 #include "common/globals.h"
 #include "pages/player/CPagePlayerControl.h"
-#include "pages/player/CPlayback.h"
+#include "player/CPlayback.h"
 #include "player/CPlayer.h"
 #include "player/EngineClock.h"
 #include "render/CGLWndPlayer.h"

@@ -1,7 +1,7 @@
 // The engine on a platform that this test makes: it sees the pipeline and what goes to its sink,
 // and delays, drops or changes that; its frames come back only when they are released, whatever
 // state the pipeline goes to.
-#include "pages/player/CPlayback.h"
+#include "player/CPlayback.h"
 #include "player/EngineClock.h"
 #include "tests/Rows.h"
 #include "tests/player/Engine.h"

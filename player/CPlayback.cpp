@@ -1,4 +1,4 @@
-#include "pages/player/CPlayback.h"
+#include "player/CPlayback.h"
 
 #include "player/CPlayer.h"
 
