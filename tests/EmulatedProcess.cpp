@@ -1,15 +1,14 @@
-// Part of every emulated test and of what it starts.
+// Works around faults of the emulator. Linked to every emulated test and to what it starts.
 //
-// Qt starts a process with a process descriptor where it finds that the system has them. The
-// emulator answers that question for the real system, but cannot do it: QProcess then takes -1 for
-// the child's number, and killing that child kills every process of the machine. So the question,
-// which Qt asks through syscall(), is answered with no here.
+// QProcess uses pidfds if the system has them. The emulator says yes, but cannot do it. QProcess
+// then takes -1 for the child's pid, and killing that child kills every process of the machine. So
+// syscall() here says no.
 //
-// The driver that reaches the server which draws takes an interrupted call for a lost connection
-// and aborts. So handlers of signals have such calls begun anew.
+// The virpipe driver takes an interrupted call for a lost connection and aborts. So sigaction()
+// here makes the system restart interrupted calls.
 //
-// The upper quarter of the addresses belongs to the system on the device. The emulator hands it
-// out, and the address sanitizer takes what lies there for a fault. So it is taken first.
+// On a 32-bit ARM kernel, programs have no addresses in the upper quarter. The emulator hands them
+// out, and the address sanitizer reports what lies there. So it is reserved at the start.
 #include <dlfcn.h>
 #include <sys/mman.h>
 #include <sys/syscall.h>

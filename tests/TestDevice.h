@@ -1,5 +1,5 @@
-// A device for tests below DEVICE_ROOT: a root directory and the configuration that names it. Every
-// device starts empty.
+// The device's files for a test, below DEVICE_ROOT: a folder of recordings, empty at first, and the
+// configuration that names it.
 #pragma once
 
 #include "common/DevicePaths.h"
@@ -17,7 +17,7 @@ public:
         QFile::remove(DevicePaths::kPositionConfig);
     }
 
-    // A link to the clip of that name; to nothing where clips are only looked at.
+    // Links to the clip of that name. It need not exist if the test only lists it.
     void add(const QString& clip) const
     {
         QFile::link(QStringLiteral(CLIP_DIR "/") + clip, path(clip));

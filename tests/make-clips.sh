@@ -1,6 +1,6 @@
 #!/bin/sh
-# make-clips.sh DIR: makes the clips that the tests play into DIR. Each is written beside its
-# place and moved, so an interrupted run leaves no half clip; .made comes last.
+# make-clips.sh DIR: makes the clips that the tests play. Each is moved to DIR when it is complete, so
+# an interrupted run leaves no half clip. The file .made comes last.
 set -eu
 
 dir=${1:?usage: make-clips.sh DIR}
@@ -13,7 +13,7 @@ keep() {
     mv "$work/$1" "$dir/$1"
 }
 
-# clip NAME ELEMENTS...: gst-launch speaks on stdout; what it says matters only when it fails.
+# clip NAME ELEMENTS...: makes a clip. Shows the output of gst-launch only if it fails.
 clip() {
     name=$1
     shift
@@ -31,7 +31,7 @@ raw() {
 }
 
 ball="videotestsrc pattern=ball num-buffers"
-# One thread: every machine makes the same clip. No B-frames: the first picture is at 0.
+# With one thread, every machine makes the same clip. Without B-frames, the first picture is at 0.
 h264="x264enc threads=1 bframes=0 speed-preset=veryfast"
 
 # 2 s, 25 fps, with a 440 Hz tone.
@@ -39,31 +39,30 @@ clip talking.mp4 audiotestsrc num-buffers=86 samplesperbuffer=1024 freq=440 volu
     ! audio/x-raw,rate=44100,channels=1 ! audioconvert ! avenc_aac ! aacparse ! mux. \
     $ball=50 ! "$(raw I420 320 240 25)" ! $h264 ! h264parse ! mp4mux name=mux
 
-# 2 s, 30 fps; under two more names: one beyond ASCII, with blanks, and one that is no part of an
-# address.
+# 2 s, 30 fps, under three names: one has blanks and is not ASCII, one has a # that no URI may have.
 clip silent.mp4 $ball=60 ! "$(raw I420 320 240 30)" ! $h264 ! h264parse ! mp4mux
 for name in "名 mit Ümlaut.mp4" "a#b.mp4"; do
     cp "$dir/silent.mp4" "$work/$name"
     keep "$name"
 done
 
-# 1 s, 25 frames, but 23 decoded timestamps, for AVI knows no presentation times.
+# 1 s, 25 frames, but 23 decoded timestamps, because AVI has no presentation times.
 clip bframes.avi $ball=25 ! "$(raw I420 320 240 25)" \
     ! avenc_mpeg4 max-bframes=2 gop-size=6 bitrate=400000 ! avimux
 
 # 80 s, 10 fps, a key frame every 2 s.
 clip long.mp4 $ball=800 ! "$(raw I420 320 240 10)" ! $h264 key-int-max=20 ! h264parse ! mp4mux
 
-# 1 s, 25 fps, still: red upper left, the rest white; twice as many colours as the screen takes.
+# 1 s, 25 fps, a still: red upper left, the rest white. In 4:2:2, which must be converted.
 clip quads.mp4 videotestsrc num-buffers=25 pattern=solid-color foreground-color=0xffff0000 \
     ! "$(raw I420 160 120 25)" ! compositor background=white ! "$(raw Y42B 320 240 25)" \
     ! $h264 quantizer=10 pass=quant ! h264parse ! mp4mux
 
-# 0.5 s, 10 fps: both sizes odd, as many frames as there are in physical memory.
+# 0.5 s, 10 fps. Width and height are odd. One frame more than the pool has.
 clip odd.avi videotestsrc num-buffers=5 ! "$(raw I420 53 41 10)" ! jpegenc ! avimux
 
-# 1 s, 10 fps, 3x3, the first pixel brighter from frame to frame: rows of brightness, then two of
-# each colour, at four bytes. In Matroska, which takes any size; GStreamer goes by content.
+# 1 s, 10 fps, 3x3; the first pixel gets brighter from frame to frame. A frame is three rows of Y, then
+# two of U and V each, with four bytes a row. In Matroska, which takes any size.
 for first in A B C D E F G H I J; do
     printf '%sbc-def-ghi-----UX--ux--VY--vy--' $first
 done > "$work/pixels"
@@ -78,8 +77,7 @@ done
 rm "$dir/part"
 keep resized.mp4
 
-# Starts, then ends in an error: the index at the end stays; the pictures it points to, from behind
-# the first headers, become zeros.
+# Starts, then ends in an error: keeps its headers and its index, but all pictures are zeros.
 index=$(grep -abo moov "$dir/silent.mp4" | head -n 1 | cut -d : -f 1)
 cp "$dir/silent.mp4" "$work/damaged.mp4"
 dd if=/dev/zero of="$work/damaged.mp4" bs=1 seek=64 count=$((index - 70)) conv=notrunc 2>"$work/log"

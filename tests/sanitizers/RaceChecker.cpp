@@ -1,21 +1,21 @@
-// Part of every program that is built for the thread sanitizer. The libraries of the system are not
-// instrumented, and the locks of Qt and GLib are no pthread locks: whatever is handed over under
-// one would be taken for a race. So the sanitizer is told of these locks, and its reports on what
-// libraries did among themselves are dropped. All that the project's own code took part in shows.
+// Linked to every program that is built for the thread sanitizer. The system's libraries are not
+// instrumented, and the locks of Qt and GLib are no pthread locks, so what one of them protects
+// would look like a race. This file tells the sanitizer of these locks and drops reports in which
+// only libraries take part. Reports with the project's own code remain.
 #include <cstring>
 
 #include <dlfcn.h>
 #include <sanitizer/common_interface_defs.h>
 #include <sanitizer/tsan_interface.h>
 
-// Told before it happens: until then nobody else gets the lock.
+// The sanitizer must know of an unlock before it happens, when no other thread can have the lock
+// yet.
 #define UNLOCKING(mutex) __tsan_mutex_pre_unlock(mutex, 0), __tsan_mutex_post_unlock(mutex, 0)
 #define LOCKING(mutex) __tsan_mutex_pre_lock(mutex, __tsan_mutex_write_reentrant)
 #define LOCKED(mutex) __tsan_mutex_post_lock(mutex, __tsan_mutex_write_reentrant, 1)
 
-// A function that stands in for a library's, by the name the linker knows: those that the project
-// and GStreamer call. All fit one form: values that are passed in registers, and a truth value or
-// nothing as the result.
+// Replaces a library's function that the project or GStreamer calls, by its linker name. One
+// signature fits all: arguments are in registers, and the result is a bool or nothing.
 #define STAND_IN(name, before, after)                                                              \
     extern "C" __attribute__((section("stand_ins"))) int name(void* one, void* two, long three)    \
     {                                                                                              \
@@ -34,17 +34,17 @@ STAND_IN(_ZN6QMutexD1Ev, __tsan_mutex_destroy(one, 0), )
 STAND_IN(_ZN6QMutex4lockEv, LOCKING(one), LOCKED(one))
 STAND_IN(_ZN6QMutex6unlockEv, UNLOCKING(one), )
 STAND_IN(_ZN14QWaitCondition4waitEP6QMutexm, UNLOCKING(two), (LOCKING(two), LOCKED(two)))
-// The lock of a QThread orders what it did, at the latest until it asks whether to stop or calls
-// exit(), before whoever finds it ended.
+// A QThread's lock orders the thread's work before the one who sees it finished. The thread takes
+// the lock last when it asks whether to stop, or in exit().
 STAND_IN(_ZNK7QThread23isInterruptionRequestedEv, __tsan_release(one), )
 STAND_IN(_ZN7QThread4exitEi, __tsan_release(one), )
 STAND_IN(_ZN7QThread4waitE14QDeadlineTimer, , if (result & 1) __tsan_acquire(one))
 STAND_IN(_ZNK7QThread9isRunningEv, , if (!(result & 1)) __tsan_acquire(one))
 
 extern "C" {
-// The bounds of the section of the stand-ins, as the linker names them.
+// The linker defines these: the bounds of the section of the replaced functions.
 extern char __start_stand_ins[], __stop_stand_ins[];
-// Of the sanitizer's interface for debuggers, whose header GCC leaves out.
+// The sanitizer's interface for debuggers. GCC does not install its header.
 int __tsan_get_report_data(void* report, const char**, int*, int* stacks, int* accesses, int*, int*,
                            int*, int*, void**, unsigned long);
 int __tsan_get_report_stack(void* report, unsigned long index, void** trace, unsigned long frames);
@@ -52,9 +52,8 @@ int __tsan_get_report_mop(void* report, unsigned long index, int*, void**, int*,
                           void** trace, unsigned long frames);
 }
 
-// Whose code called into the C library or took the lock: the first frame tells that is neither the
-// sanitizer's nor a stand-in's. The run-time libraries of the language work for whoever called
-// them, which the trace may no longer tell: they count as the project.
+// Looks at the first frame that is neither the sanitizer's nor a replaced function. Frames of libc
+// and libstdc++ count as the project's, because the trace may have lost who called them.
 __attribute__((no_sanitize_thread)) static bool isOfLibrary(void* const* trace, bool* isQueuedCall)
 {
     char path[512] = "", function[512] = "";
@@ -72,11 +71,10 @@ __attribute__((no_sanitize_thread)) static bool isOfLibrary(void* const* trace, 
            !strstr(path, "/libstdc++.so") && !strstr(path, "/libc.so");
 }
 
-// The sanitizer's OnReport(), asked before it prints: true drops the report. A library's call
-// against an access of the project's own shows, for what the project reads too late, a library may
-// have freed. The one exception is what Qt made for a queued call, with new as nothing else: only
-// Qt takes the lock of its queue, and no variable of the project holds the address. A trace that
-// the sanitizer has lost decides nothing.
+// The sanitizer's OnReport(), called before it prints. Returns true to drop the report. A report
+// with a library on one side and the project on the other remains: the library may have freed what
+// the project reads too late. The exception is an object that Qt allocates for a queued call, by
+// operator new: Qt's own lock protects it. A trace that the sanitizer has lost counts for neither.
 extern "C" __attribute__((no_sanitize_thread)) bool
 _ZN6__tsan8OnReportEPKNS_10ReportDescEb(void* report, bool suppressed)
 {
@@ -86,7 +84,7 @@ _ZN6__tsan8OnReportEPKNS_10ReportDescEb(void* report, bool suppressed)
     __tsan_get_report_data(report, &kind, &x, &stacks, &accesses, &x, &x, &x, &x, &address, 0);
     bool ofLibrary = false, ofProject = false, isQueuedCall = false;
     for (int i = 0; i < stacks + accesses; ++i) {
-        void* trace[17] = {}; // the last one ends it
+        void* trace[17] = {}; // ends with a null
         if (i < stacks)
             __tsan_get_report_stack(report, i, trace, 16);
         else
