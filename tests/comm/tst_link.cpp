@@ -35,6 +35,7 @@ QByteArray words(const QVector<quint16>& numbers)
 }
 const QByteArray kEmptyPacket = words({1, 0});
 
+constexpr unsigned kBadArgument = 3;
 constexpr unsigned kNotConnected = 4;
 
 std::string runtimeFile(const char* name)
@@ -294,6 +295,7 @@ private slots:
         HubProcess next({"exit-request"});
         QVERIFY(receiver.has(11));
         QVERIFY(KvrComm_IsReady() != 0);
+        QCOMPARE(send(QByteArray()), kBadArgument);
         QCOMPARE(send(kEmptyPacket + '?'), 0U);
         QVERIFY(next.waitFor("received type=1 and 1 more\n"));
         next.typeLast("exit-request");
