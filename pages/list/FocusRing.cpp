@@ -2,8 +2,6 @@
 
 #include "pages/list/ListKeys.h"
 
-#include <algorithm>
-
 namespace {
 
 constexpr int kMoves = 4;
@@ -44,7 +42,7 @@ FocusStep fromList(int row, const ListMove& move, int rows)
     const int edge = move.step > 0 ? rows - 1 : 0;
     if (move.step == 0 || row == edge)
         return {move.leaveTo, kNoRow};
-    return {FocusPlace::List, std::max(row + move.step, kNoRow)}; // Up from no row
+    return {FocusPlace::List, row + move.step};
 }
 
 } // namespace

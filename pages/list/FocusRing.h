@@ -15,7 +15,7 @@ enum class FocusPlace {
 struct FocusStep
 {
     FocusPlace place;
-    int row; // of the list; -1 when no row is current
+    int row; // of the list; negative: no row is current
 };
 
 // Where a move leads. `move` is one of the four moves, `rows` the number of rows of the list. From

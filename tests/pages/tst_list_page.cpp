@@ -2,8 +2,6 @@
 #include "common/CPlayerDatas.h"
 #include "common/globals.h"
 #include "pages/list/CPagePlayerList.h"
-#include "pages/list/FocusRing.h"
-#include "pages/list/ListKeys.h"
 #include "tests/Rows.h"
 #include "tests/TestDevice.h"
 
@@ -153,6 +151,8 @@ private slots:
             "1>*, 2>*, 2x>*, 2>*, 2x>*, 2>*, 2x>*, 2x 3>*");
         row("enters, returns, no row", false, Keys{down, ok, back, ok, up, down, back},
             "1>*, 1: 0>*, list, list, list, 0>*, 0>*");
+        row("one row", false, Keys{down, ok, left, up, up, down},
+            "1>*, 1: 0>*, 1: play, 1: 0>*, 1: exit, 1: 0>*");
         row("empty directory", false, Keys{ok, up, up, down, left, right, ok, Qt::Key_Exit},
             "0: back, 0: play, 0: exit, 0: play, 0: exit, 0: play, 0: play, play");
         row("Back by OK", false, Keys{ok, ok, ok}, "0: back, back, back");
@@ -177,7 +177,6 @@ private slots:
             states << state();
         }
         QTEST(states.join(", "), "expected");
-        QCOMPARE(nextFocus({FocusPlace::List, -1}, ListAction::Up, 4).row, -1);
     }
 
     void actsOnThePressOrOnTheRelease()
@@ -246,6 +245,10 @@ private slots:
         click(Qt::Key_Down); // the second one, which was marked
         QCOMPARE(mark(), QColor(Qt::red));
         QFile::remove(DevicePaths::kChecked);
+        QVERIFY(m_pList->horizontalScrollBar()->maximum() > 0);
+        QFile::remove(m_device->path(tree.first()));
+        m_page->enterPage();
+        QTRY_COMPARE(m_pList->horizontalScrollBar()->maximum(), 0);
     }
 
     void clockGoes()
@@ -255,7 +258,8 @@ private slots:
         const QString first = clock->text();
         QCOMPARE(first.size(), 19);
         QTRY_VERIFY(clock->text() != first);
-        const auto time = QDateTime::fromString(clock->text(), "yyyy-MM-dd hh:mm:ss");
+        const auto time = QDateTime::fromString(clock->text().replace(' ', 'T'), Qt::ISODate);
+        QVERIFY(time.isValid());
         QVERIFY(qAbs(time.secsTo(QDateTime::currentDateTime())) <= 2);
     }
 
@@ -373,9 +377,10 @@ private:
             QCOMPARE(m_pList->itemAt(rect.bottomLeft()), row);
             QCOMPARE(rect.height() > m_pList->sizeHintForRow(0), row == current);
             QCOMPARE(rect.width(), view.width() + m_pList->horizontalScrollBar()->maximum());
-            QVERIFY(rect.width() > QFontMetrics(row->font()).horizontalAdvance(row->text()));
+            QVERIFY(rect.width() > QFontMetrics(row->font()).boundingRect(row->text()).width());
             at = rect.bottomLeft() + QPoint(9, 1);
         }
+        QVERIFY(at.y() > view.height() / 2); // some rows were checked
     }
 
     QPoint rowCentre(int row) const { return m_pList->visualItemRect(m_pList->item(row)).center(); }
