@@ -1,4 +1,4 @@
-# Settings that every target shares: the language, the warnings, the sanitizers.
+# Settings of every target: language, warnings, sanitizers.
 set(CMAKE_CXX_STANDARD 17)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)
@@ -6,7 +6,7 @@ set(CMAKE_AUTOMOC ON)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 
-# Includes are written from the top of the tree: #include "player/CPlayer.h".
+# Includes begin at the top of the tree: #include "player/CPlayer.h".
 include_directories(${PROJECT_SOURCE_DIR})
 
 add_compile_options(-Wall -Wextra -Wpedantic)
@@ -20,7 +20,7 @@ endif()
 if(QP_SANITIZE)
   add_compile_options(-fsanitize=${QP_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
   add_link_options(-fsanitize=${QP_SANITIZE})
-  # What a sanitizer must be told of other libraries, in every program.
+  # Every program tells the sanitizer which reports of other libraries to leave out.
   if(QP_SANITIZE MATCHES "address")
     set(CMAKE_ENABLE_EXPORTS ON)
     add_library(leak_checker OBJECT tests/sanitizers/LeakChecker.cpp)
@@ -37,7 +37,7 @@ if(QP_COVERAGE)
   add_link_options(--coverage)
 endif()
 
-# Every library reports to the fuzzer which of its branches an input reached.
+# The fuzzer needs to know which branches of every library an input reaches.
 if(QP_FUZZ)
   add_compile_options(-fsanitize=fuzzer-no-link)
 endif()

@@ -1,5 +1,5 @@
-# The program and what belongs to it. The host's stand-in of the device's communication library
-# stays in a folder of its own, where no other program takes it for the real one.
+# Installs the program and what belongs to it. The stand-in of the device's communication library goes
+# to a folder of its own, where no other program loads it in place of the real one.
 include(GNUInstallDirs)
 
 install(TARGETS quadplayer RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
