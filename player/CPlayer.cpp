@@ -133,7 +133,7 @@ void CPlayer::resume()
     const qint64 now = currentTimeUs();
     const qint64 position = queryPosition();
     m_nBaseTimeUs = position == kUnknown ? now : now - nanosecondsToUs(position);
-    gst_element_set_state(m_pPipeline, GST_STATE_PLAYING);
+    changeState(GST_STATE_PLAYING);
     m_bPause = false;
     emit sgSendPlayingState(m_bPlaying, false);
 }
@@ -141,9 +141,17 @@ void CPlayer::resume()
 void CPlayer::pause()
 {
     m_bAcceptSamples = false;
-    gst_element_set_state(m_pPipeline, GST_STATE_PAUSED);
+    changeState(GST_STATE_PAUSED);
     m_bPause = true;
     emit sgSendPlayingState(m_bPlaying, true);
+}
+
+// A start that failed can only be stopped: playbin would begin it again beside the threads of the
+// first, and wait for them for ever.
+void CPlayer::changeState(GstState state)
+{
+    if (gst_element_get_state(m_pPipeline, nullptr, nullptr, 0) != GST_STATE_CHANGE_FAILURE)
+        gst_element_set_state(m_pPipeline, state);
 }
 
 void CPlayer::stop()

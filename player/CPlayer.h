@@ -93,6 +93,7 @@ private:
     void startFromIdle();
     void resume();
     void pause();
+    void changeState(GstState state);
     void seekTo(qint64 target); // ns; the store has been flushed
 
     void storeSample(GstSample* sample); // takes over the reference; releases it if not accepting
