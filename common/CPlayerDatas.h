@@ -1,5 +1,5 @@
-// The process-wide play list: file paths in play order and a cursor. The list page fills it, the
-// player page walks it and empties it, the page manager creates and releases it. GUI thread only.
+// The play list of the process: file paths in play order, and a cursor. The list page fills it, the
+// player page plays and clears it, the page manager creates and releases it. GUI thread only.
 #pragma once
 
 #include <QObject>
@@ -18,8 +18,8 @@ public:
     void addFile(const QString& path); // an empty path is ignored
 
     bool isEmpty() const;
-    bool isEnd() const; // the cursor stands behind the last file
-    bool next();        // false, and no move, when the list is empty or at its end
+    bool isEnd() const; // the cursor is behind the last file
+    bool next();        // false if the list is empty or at its end; the cursor stays then
 
     QString currentFile() const; // empty when the cursor is not on a file
 

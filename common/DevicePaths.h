@@ -1,5 +1,5 @@
-// The fixed paths of the device, in one table. DEVICE_ROOT is empty on the device; demo and tests
-// put a folder of the build tree before every path.
+// The fixed paths of the device. DEVICE_ROOT is empty on the device; the demo and the tests set it
+// to a folder of the build tree.
 #pragma once
 
 namespace DevicePaths {

@@ -1,4 +1,4 @@
-// A page's reaction to keys, kept as tables: one for presses and one for releases of each key mode.
+// The key map of a page: for each key mode, one table for presses and one for releases.
 #pragma once
 
 #include <QKeyEvent>
@@ -13,7 +13,7 @@ inline const QKeyEvent* keyEvent(const QEvent* event)
     return key ? static_cast<const QKeyEvent*>(event) : nullptr;
 }
 
-// A key that is held acts once. Its repeated releases act again.
+// The pages consume these, so that a key that is held acts once.
 inline bool isRepeatedPress(const QKeyEvent* key)
 {
     return key->type() == QEvent::KeyPress && key->isAutoRepeat();
@@ -25,7 +25,7 @@ template <typename Action> struct KeyRule
     Action action;
 };
 
-// Refers to an array of rules that lives as long as the program.
+// Points to the rules, so the array must live as long as the table.
 template <typename Action> class KeyTable
 {
 public:
@@ -35,7 +35,7 @@ public:
     {
     }
 
-    // Null when the table leaves the key to others.
+    // Null: the page passes the key on.
     const Action* find(int key) const
     {
         for (const KeyRule<Action>* rule = m_pBegin; rule != m_pEnd; ++rule) {

@@ -3,12 +3,12 @@
 
 class QIODevice;
 
-// Called once at start-up, on the GUI thread, before the pages are made. A missing file leaves
-// every inset at 0; a line that is not understood is skipped.
+// Start-up calls this once, on the GUI thread, before it creates the pages. If the file is missing,
+// every inset stays 0.
 //
-// Each line is KEY=left,top,right,bottom in px; the keys are EGL_MARGIN and EGL_PADDING, a later
-// line wins, and a field that is no number counts as 0.
+// Each line is KEY=left,top,right,bottom in px, and the keys are EGL_MARGIN and EGL_PADDING. A
+// later line wins, a field that is not a number counts as 0, any other line is skipped.
 void readPositionConfig();
 
-// The same from a text that is open already.
+// Reads an open text instead of the device's file.
 void readPositionConfig(QIODevice& text);

@@ -5,9 +5,8 @@
 
 class QIODevice;
 
-// The first line, without its end but otherwise as it stands; later ones are not looked at. Empty
-// when the file cannot be read. Any thread.
+// Returns the first line without its line end, and empty if the file cannot be read. Any thread.
 QString readVideoRoot();
 
-// The same from a text that is open already.
+// Reads an open text instead of the device's file.
 QString readVideoRoot(QIODevice& text);

@@ -1,5 +1,5 @@
-// Process-wide display settings. Written by start-up on the GUI thread before the first page
-// exists, read by the pages on the GUI thread afterwards; all zero until then.
+// Display settings of the process, all zero at first. Start-up writes them before it creates the
+// pages, which then read them. GUI thread only.
 #pragma once
 
 extern int gScreenW; // px

@@ -45,7 +45,7 @@ void CPagePlayerList::slotListWidgetClicked(QListWidgetItem* item)
     confirmRow();
 }
 
-// What OK and a tap do to the current row. A directory's row is gone afterwards.
+// OK and a tap do this to the current row. Entering a directory deletes its row.
 void CPagePlayerList::confirmRow()
 {
     QListWidgetItem* row = m_pListWidget->currentItem();

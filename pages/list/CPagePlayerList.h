@@ -1,7 +1,7 @@
 // The page that the device shows first: the directories and videos of one directory, three buttons
 // and a clock. The user enters directories, marks videos and presses Play, which puts the marked
-// ones into the play list. It never goes above the root directory that the device's configuration
-// names. Driven by keys or by touch. GUI thread only; a scan reads one directory's names at once.
+// videos into the play list. The page never goes above the root directory of the device's
+// configuration. GUI thread only, which a scan of a directory blocks until it is done.
 #pragma once
 
 #include <QString>
@@ -26,7 +26,7 @@ public:
 
     bool eventFilter(QObject* watched, QEvent* event) override; // of the list and the buttons
 
-    void openListFile(const QString& path); // fills the list anew; nothing when path is empty
+    void openListFile(const QString& path); // scans it into the list; an empty path is ignored
     void enterPage();                       // before the page is shown
     void leavePage();                       // before it is hidden
     void placeFocus();                      // on the first row, or on Exit when there is none
@@ -39,7 +39,7 @@ signals:
 private slots:
     void openVideoButton();
     void backListViewFile();
-    void openListFile(QListWidgetItem* item); // a directory's row; the item is gone afterwards
+    void openListFile(QListWidgetItem* item); // enters a directory and deletes the item
     void currentItem(QListWidgetItem* current, QListWidgetItem* previous);
     void time_slot();
     void slotListWidgetClicked(QListWidgetItem* item);
@@ -58,21 +58,21 @@ private:
     void applyStyleSheet();
 
     bool watches(const QObject* object) const;
-    bool perform(ListAction action); // false: the key is for others after all
+    bool perform(ListAction action); // false: the page does not consume the key
     void moveFocus(ListAction move);
     bool confirm();
     void confirmRow();
     void toggleMark(QListWidgetItem* item);
-    void makeCurrent(int row); // a row that does not exist: no row is current
+    void makeCurrent(int row); // no row, if there is none of that number
     FocusPlace focusPlace() const;
     QWidget* widgetAt(FocusPlace place) const;
 
     QPushButton* m_pBtnOpenVideo = nullptr;
     QPushButton* m_pBtnBack = nullptr;
     QPushButton* m_pBtnExit = nullptr;
-    QTimer* m_pTimer = nullptr; // no Qt parent; deleted by the destructor
+    QTimer* m_pTimer = nullptr; // has no Qt parent; the destructor deletes it
     QLabel* m_pLabelTime = nullptr;
-    QString m_strPath; // the directory that is shown
-    int m_nDepth = 0;  // its levels below the root
+    QString m_strPath; // of the directory that the list shows
+    int m_nDepth = 0;  // levels of that directory below the root
     QListWidget* m_pListWidget = nullptr;
 };

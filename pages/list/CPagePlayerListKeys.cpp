@@ -52,7 +52,7 @@ bool CPagePlayerList::perform(ListAction action)
     return true;
 }
 
-// The step is settled first: on its way along the focus chain the list may make a row current.
+// The target is computed first, because focusNextPrevChild() may give the list another current row.
 void CPagePlayerList::moveFocus(ListAction move)
 {
     const FocusStep from{focusPlace(), m_pListWidget->currentRow()};
@@ -65,7 +65,7 @@ void CPagePlayerList::moveFocus(ListAction move)
     if (to.place != FocusPlace::List)
         return;
     makeCurrent(to.row);
-    // As the focus came, the list may have made the row current itself, which does not scroll.
+    // The list does not scroll if it made this row current itself when it got the focus.
     m_pListWidget->scrollToItem(m_pListWidget->currentItem());
 }
 

@@ -1,4 +1,4 @@
-// CPagePlayerList's directory scan and its way through the directories.
+// CPagePlayerList's directory scan, and the steps into a directory and back.
 #include "pages/list/CPagePlayerList.h"
 
 #include "pages/list/RowStyle.h"
@@ -16,12 +16,12 @@
 
 namespace {
 
-// What one kind of row shows, and what its scan says.
+// One kind of row: how its entries are found, logged and shown.
 struct RowKind
 {
     QDir::Filters entries;
     bool (*accepts)(const QString& name);
-    const char* nameLine; // null: the names are not told
+    const char* nameLine; // null: names are not logged
     const char* countLine;
     const char* icon;
     Qt::ItemFlags flags;
@@ -33,7 +33,7 @@ bool isVideo(const QString& name)
            name.endsWith(QLatin1String(".mp4"), Qt::CaseInsensitive);
 }
 
-// No directory with a dot in its name is ever listed, so a dot tells a row's kind.
+// Directories with a dot in their name are not listed, so a dot tells the kind of a row.
 bool namesDirectory(const QString& name)
 {
     return !name.contains(QLatin1Char('.'));
@@ -52,7 +52,7 @@ const RowKind kVideos{QDir::Files,
                       ":/image/videoIcon.png",
                       Qt::ItemIsSelectable | Qt::ItemIsUserCheckable | Qt::ItemIsEnabled};
 
-// QDir::Files takes a link to a FIFO or a device for a file, but opening one may never return.
+// QDir::Files accepts links to FIFOs and devices, and opening one of those may block for ever.
 bool isFileOrDirectory(const QFileInfo& entry)
 {
     return entry.isFile() || entry.isDir();
@@ -73,7 +73,7 @@ QStringList collect(const QString& path, const RowKind& kind)
     return names;
 }
 
-// QDirIterator skips these silently: no QString stands for them, so nothing could open them.
+// QDirIterator skips these silently: no QString can name them, so Qt cannot open them.
 int countUndecodable(const QString& path)
 {
     const std::unique_ptr<DIR, int (*)(DIR*)> folder(opendir(QFile::encodeName(path)), closedir);

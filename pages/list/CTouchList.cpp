@@ -25,7 +25,7 @@ public:
     {
     }
 
-    // The page toggles the marks; the base would toggle a tapped one before the page hears of it.
+    // QStyledItemDelegate toggles a tapped check mark, and then the page would toggle it back.
     bool editorEvent(QEvent* /*event*/, QAbstractItemModel* /*model*/,
                      const QStyleOptionViewItem& /*option*/, const QModelIndex& /*index*/) override
     {
@@ -41,14 +41,14 @@ public:
         return style->sizeFromContents(QStyle::CT_ItemViewItem, &row, {}, row.widget);
     }
 
-    // What the base hears: all rows are equal.
+    // QListView lays out rows of this size.
     QSize sizeHint(const QStyleOptionViewItem& /*option*/,
                    const QModelIndex& /*index*/) const override
     {
         return m_rowSize;
     }
 
-    // One line a row, or a name with newlines would make all rows as high as its lines.
+    // A name with newlines would make every row as high as all its lines.
     QString displayText(const QVariant& value, const QLocale& /*locale*/) const override
     {
         QString name = value.toString();
@@ -56,7 +56,7 @@ public:
         return name;
     }
 
-    // Some styles fill the focus rectangle, which would tint the current row's background.
+    // Some styles fill the focus rectangle, which tints the background of the current row.
     void paint(QPainter* painter, const QStyleOptionViewItem& option,
                const QModelIndex& index) const override
     {
@@ -76,7 +76,7 @@ CTouchList::CTouchList(QWidget* parent)
     setItemDelegate(m_pRows);
 }
 
-// Nobody asks for the places of a hidden list's rows before it shows.
+// A hidden list needs no layout before it is shown.
 void CTouchList::doItemsLayout()
 {
     if (!isVisible()) {
@@ -113,7 +113,7 @@ int CTouchList::topOf(int row) const
     return row * m_rowSize.height() + (below ? m_nExtra : 0);
 }
 
-// The base places new rows before it answers.
+// QListWidget::visualRect() lays out new rows first.
 QRect CTouchList::visualRect(const QModelIndex& index) const
 {
     const QRect rect = QListWidget::visualRect(index);
@@ -141,7 +141,7 @@ QModelIndex CTouchList::indexAt(const QPoint& point) const
     return model()->index(row, 0);
 }
 
-// The base looks for the rows of the event's region where they would be without the extra height.
+// QListView paints the rows of the event's region, but does not know that they are shifted.
 void CTouchList::paintEvent(QPaintEvent* event)
 {
     QPaintEvent wider(event->region() + event->rect().adjusted(0, -m_nExtra, 0, 0));
@@ -150,9 +150,9 @@ void CTouchList::paintEvent(QPaintEvent* event)
 
 void CTouchList::currentChanged(const QModelIndex& current, const QModelIndex& previous)
 {
-    updateGeometries(); // the last page holds less with the current row on it
+    updateGeometries(); // the last page holds fewer rows when the current one is among them
     QListWidget::currentChanged(current, previous);
-    viewport()->update(); // rows below either of them may have moved
+    viewport()->update(); // the rows between both have moved
 }
 
 void CTouchList::dataChanged(const QModelIndex& topLeft, const QModelIndex& /*bottomRight*/,
@@ -167,7 +167,7 @@ void CTouchList::dataChanged(const QModelIndex& topLeft, const QModelIndex& /*bo
         update(topLeft);
 }
 
-// Neither bar where all fits without them: each could need the room that the other one takes.
+// Show no scroll bar if everything fits without one.
 void CTouchList::updateGeometries()
 {
     const QSize room = maximumViewportSize();
@@ -178,7 +178,7 @@ void CTouchList::updateGeometries()
     if (currentIndex().row() >= count() - page)
         page = (size.height() - m_nExtra) / height;
     page = std::max(page, 1);
-    resizeContents(m_nWidth, contentsSize().height()); // or the base cuts the current row's text
+    resizeContents(m_nWidth, contentsSize().height()); // or the current row's text is cut off
     horizontalScrollBar()->setSingleStep(m_rowSize.width());
     horizontalScrollBar()->setPageStep(size.width());
     horizontalScrollBar()->setRange(0, fits ? 0 : m_nWidth - size.width());

@@ -1,12 +1,11 @@
-// The list widget of the list page. Its rows are never selected, however the user walks or drags
-// over them: the current row is the one that stands out, and a selection would be painted over it.
-// Every tap is a click of its own, the second one of a quick pair too. GUI thread only.
+// The list widget of the list page. No row is ever selected, because the style sheet paints a
+// selection over the colour of the current row. Each press of a double click is a click of its own.
+// GUI thread only.
 //
-// The base measures and places all rows anew whenever one changes its font, as each step of the
-// current row does. Here the base takes all rows as equally high and places them once; that the
-// current row may be higher, and those below it lower down, is put on top of that. So a step costs
-// the same in a list of any length. Rows change one at a time, none is hidden, and only the current
-// one has a font that is larger than the list's.
+// QListView lays out every row again when one font changes, and each step of the current row
+// changes two. We let QListView lay out equal rows once, make the current one higher and shift
+// those below it. So a step costs the same in a list of any length. This needs that one row changes
+// at a time, that no row is hidden, and that only the current row has a larger font than the list.
 #pragma once
 
 #include <QListWidget>
@@ -41,12 +40,12 @@ protected slots:
     void updateGeometries() override;
 
 private:
-    int topOf(int row) const; // counted from the first row's top
+    int topOf(int row) const; // px below the top of the first row
     void measureRows();
     void measureCurrentRow();
 
     RowDelegate* m_pRows;
-    QSize m_rowSize;  // the height of all rows, and the width that the widest one asks for
-    int m_nExtra = 0; // by which the current row is higher
-    int m_nWidth = 0; // that the rows ask for, the current one included
+    QSize m_rowSize;  // of the widest row in the list's font; all rows are equally high in it
+    int m_nExtra = 0; // px by which the current row is higher
+    int m_nWidth = 0; // px of the widest row, in its own font
 };

@@ -8,7 +8,7 @@ constexpr int kMoves = 4;
 constexpr int kButtons = 3;
 constexpr int kNoRow = -1;
 
-// To the list's first row when `list` is set and it has one, else to the button.
+// The first row of the list, if `list` is set and there is one; otherwise the button.
 struct Target
 {
     bool list;

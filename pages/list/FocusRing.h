@@ -1,11 +1,11 @@
-// The ring that the focus of the list page walks: Play, Back, Exit, the rows of the list one by
-// one, Play again.
+// The order in which keys move the focus on the list page: Play, Back, Exit, each row of the list,
+// then Play again.
 #pragma once
 
 enum class ListAction;
 
 enum class FocusPlace {
-    Play, // the buttons come first: they index a table
+    Play, // the three buttons come first, because they index a table
     Back,
     Exit,
     List,
@@ -18,6 +18,6 @@ struct FocusStep
     int row; // of the list; negative: no row is current
 };
 
-// Where a move leads. `move` is one of the four moves, `rows` the number of rows of the list. From
-// nowhere it leads nowhere.
+// Where a move leads to. `move` is one of the four moves, `rows` the number of rows of the list.
+// Nowhere leads to Nowhere.
 FocusStep nextFocus(const FocusStep& now, ListAction move, int rows);

@@ -4,14 +4,14 @@
 #include <QEvent>
 
 enum class ListAction {
-    Down, // the four moves come first: they index the tables of FocusRing
+    Down, // the four moves come first, because they index the tables of FocusRing
     Up,
     Right,
     Left,
     Ok,
     GoBack,
-    Nothing, // the key is consumed all the same
+    Nothing, // but the page consumes the key
 };
 
-// Null: the key is not the page's. `type` is KeyPress or KeyRelease.
+// Null: the page passes the key on. `type` is KeyPress or KeyRelease.
 const ListAction* listAction(bool twoKeyMode, QEvent::Type type, int key);

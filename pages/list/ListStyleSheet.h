@@ -1,5 +1,4 @@
-// The look of the list page, one rule after the other. %1 and %2 stand for the pictures of a set
-// and of a cleared check mark.
+// The style sheet of the list page. %1 and %2 are the paths of the check marks: checked, unchecked.
 #pragma once
 
 constexpr char kListStyleSheet[] =

@@ -1,4 +1,4 @@
-// The measures of the list's rows, in pixels.
+// Sizes of the list's rows, in pixels.
 #pragma once
 
 #include <QFont>

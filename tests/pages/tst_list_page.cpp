@@ -17,8 +17,8 @@ namespace {
 
 const QColor kHighlight(255, 233, 231);
 
-// What sets a row apart: x marked, > current, * the look of the current row, ? a look of neither
-// kind, c a check mark too many or missing, ! selected. Empty for an ordinary row.
+// How a row differs from an ordinary one: x marked, > current, * looks current, ? looks like
+// neither kind, c wrongly has or lacks a check mark, ! selected.
 QString flagsOf(const QListWidgetItem& row)
 {
     QString flags;
@@ -35,7 +35,7 @@ QString flagsOf(const QListWidgetItem& row)
     return row.isSelected() ? flags + '!' : flags;
 }
 
-// With the text that a keyboard gives: QtTest has none for some keys of a remote control.
+// QTest::keyClick() has no text for some keys of a remote control.
 void click(int key)
 {
     const QString text = key <= Qt::Key_AsciiTilde ? QString(QChar(key)) : QString();
@@ -64,7 +64,7 @@ private slots:
 
     void readsItsRoot_data()
     {
-        // config: % stands for the tree's top; empty: no file
+        // config: % is the top of the tree; empty: no file
         columns<QByteArray, QString>({"config", "expected"});
         row("one line", QByteArray("%/in"), "a.mp4");
         row("CRLF, second line", QByteArray("%/in\r\n/tmp\r\n"), "a.mp4");
@@ -135,7 +135,7 @@ private slots:
     // The tree's rows are e (empty), sub (with one video), a.avi and b.mp4.
     void keys_data()
     {
-        // expected: after each key
+        // expected: the state after each key
         using Keys = QVector<int>;
         columns<bool, Keys, QString>({"twoKeyMode", "keys", "expected"});
         constexpr int up = Qt::Key_Up, down = Qt::Key_Down, left = Qt::Key_Left;
@@ -354,7 +354,7 @@ private:
         QVERIFY(QTest::qWaitForWindowActive(m_page.get()));
     }
 
-    // The screen shows what a full repaint would show. The clock is left out.
+    // The screen shows the same as a full repaint, apart from the clock.
     bool isPainted()
     {
         const QRect page = m_page->rect().adjusted(0, 0, 0, -70);
@@ -362,8 +362,8 @@ private:
                m_page->grab(page).toImage();
     }
 
-    // The rows follow each other, wide enough for their names, and the current one is higher. It is
-    // wholly in view, or above.
+    // The rows follow each other, each is wide enough for its name, and the current one is higher.
+    // It is wholly in view, or above.
     void checkRows()
     {
         const QRect view = m_pList->viewport()->rect();
@@ -385,7 +385,7 @@ private:
 
     QPoint rowCentre(int row) const { return m_pList->visualItemRect(m_pList->item(row)).center(); }
 
-    // A second tap within the double-click time arrives with another type of press.
+    // The second tap of a quick pair arrives as MouseButtonDblClick.
     void tap(int row, int x, QEvent::Type type = QEvent::MouseButtonPress)
     {
         const QPoint at(x, rowCentre(row).y());
@@ -402,8 +402,8 @@ private:
         return texts.join(' ');
     }
 
-    // Number of rows where it is not that of kTree; the button that has the focus, or the list
-    // where nothing shows it; the rows that are set apart.
+    // The number of rows if it differs from kTree's; the focused button, or "list" if no row shows
+    // the focus; each row that differs from an ordinary one.
     QString state() const
     {
         QStringList words;

@@ -1,4 +1,4 @@
-// What the program is told: its option, the margins, and what to play.
+// The command line, the margins and the play list.
 #include "app/CommandLine.h"
 #include "common/CPlayerDatas.h"
 #include "common/PositionConfig.h"
@@ -87,7 +87,7 @@ private slots:
         files->clearFiles();
         files->addFile("C");
         QVERIFY(files->next() && files->currentFile() == "C");
-        CPlayerDatas::releaseInstance(); // the next one is empty
+        CPlayerDatas::releaseInstance(); // the next instance is empty
         QVERIFY(CPlayerDatas::getInstance()->isEmpty());
         CPlayerDatas::releaseInstance();
     }
