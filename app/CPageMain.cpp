@@ -11,7 +11,7 @@
 
 namespace {
 
-constexpr int kRehearseAfterMs = 300; // the list is on the screen by then
+constexpr int kPrepareAfterMs = 300; // the list is on the screen by then
 
 } // namespace
 
@@ -28,7 +28,7 @@ CPageMain::CPageMain(QWidget* parent) : QWidget(parent)
     paintBlack();
     show();
     takeKeys();
-    QTimer::singleShot(kRehearseAfterMs, m_pPagePlayer, SLOT(slotRehearse()));
+    QTimer::singleShot(kPrepareAfterMs, m_pPagePlayer, SLOT(slotPrepare()));
 }
 
 CPageMain::~CPageMain()

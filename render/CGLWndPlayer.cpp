@@ -1,7 +1,6 @@
 #include "render/CGLWndPlayer.h"
 
 #include "platform/direct_texture.h"
-#include "render/CRehearsal.h"
 
 #include <QMutex>
 #include <QMutexLocker>
@@ -50,7 +49,7 @@ CGLWndPlayer::CGLWndPlayer(QWidget* parent)
 CGLWndPlayer::~CGLWndPlayer()
 {
     if (context())
-        disconnect(context(), nullptr, this, nullptr); // the base lets it go when we are no more
+        disconnect(context(), nullptr, this, nullptr); // QOpenGLWidget deletes it after us
     slotReleaseObjects();
     delete m_pWaitCond;
     delete m_pMutex;
@@ -98,8 +97,7 @@ void CGLWndPlayer::refuseFrames(bool refuse)
 
 void CGLWndPlayer::setSwitch(const int& n)
 {
-    if (n != m_nSwitch)
-        m_nSwitch = n;
+    m_nSwitch = n;
 }
 
 void CGLWndPlayer::forgetPicture()
@@ -107,73 +105,42 @@ void CGLWndPlayer::forgetPicture()
     m_bPicture = false;
 }
 
-// The framebuffer is a new one.
 void CGLWndPlayer::resizeGL(int w, int h)
 {
-    giveDepthBack();
     glViewport(0, 0, w, h);
-}
-
-// Nothing is tested for depth, but the toolkit gives each framebuffer a depth and stencil buffer as
-// large as its picture, times the samples. It keeps their names, so they are made small.
-void CGLWndPlayer::giveDepthBack()
-{
-    for (const GLenum attachment : {GL_DEPTH_ATTACHMENT, GL_STENCIL_ATTACHMENT}) {
-        const GLuint buffer = attachedBuffer(attachment);
-        if (buffer == 0)
-            continue;
-        glFramebufferRenderbuffer(GL_FRAMEBUFFER, attachment, GL_RENDERBUFFER, 0);
-        glBindRenderbuffer(GL_RENDERBUFFER, buffer);
-        glRenderbufferStorage(GL_RENDERBUFFER, GL_STENCIL_INDEX8, 1, 1);
-    }
-    glBindRenderbuffer(GL_RENDERBUFFER, 0);
-}
-
-GLuint CGLWndPlayer::attachedBuffer(GLenum attachment)
-{
-    GLint value = GL_NONE;
-    const auto ask = [&](GLenum what) {
-        glGetFramebufferAttachmentParameteriv(GL_FRAMEBUFFER, attachment, what, &value);
-    };
-    ask(GL_FRAMEBUFFER_ATTACHMENT_OBJECT_TYPE);
-    if (value != GL_RENDERBUFFER)
-        return 0;
-    ask(GL_FRAMEBUFFER_ATTACHMENT_OBJECT_NAME);
-    return static_cast<GLuint>(value);
 }
 
 void CGLWndPlayer::paintGL()
 {
-    if (m_bHurried)
-        return;
     glClear(GL_COLOR_BUFFER_BIT);
     m_pVideoProgram->bind();
     m_pVideoProgram->setUniformValue(m_nSwitchUniform, m_nSwitch);
     m_pVideoProgram->setUniformValue(m_nVideoUniform, static_cast<GLint>(m_bVideo));
     glActiveTexture(GL_TEXTURE0);
-    const Frame frame = pendingFrame();
-    if (frame.isNew) {
-        uploadFrame(GL_TEXTURE0, m_nVideoTexture, frame.width, frame.height, frame.data, frame.phys,
-                    frame.format);
+    const bool isNew = hasNewFrame();
+    if (isNew) {
+        uploadFrame(GL_TEXTURE0, m_nVideoTexture, m_nFrameWidth, m_nFrameHeight, m_pFrameData,
+                    m_nFramePhys);
         m_bPicture = true;
     }
-    // Texture 0 has no picture, which is sampled as black.
+    // Texture 0 is sampled as black.
     glBindTexture(GL_TEXTURE_2D, m_bPicture ? m_nVideoTexture : 0);
     drawQuad();
-    if (frame.isNew)
+    if (isNew)
         wakeFrameDrawn();
     if (m_bVideo)
         drawLabels();
 }
 
-CGLWndPlayer::Frame CGLWndPlayer::pendingFrame()
+// While a frame is new, the worker waits and leaves the pending frame's members alone.
+bool CGLWndPlayer::hasNewFrame()
 {
     const QMutexLocker lock(m_pMutex);
-    return {m_pFrameData, m_nFramePhys, m_nFrameWidth, m_nFrameHeight, m_eFrameFormat, m_bNewFrame};
+    return m_bNewFrame;
 }
 
 void CGLWndPlayer::uploadFrame(GLenum textureUnit, GLuint texture, int width, int height,
-                               unsigned char* pVirtAddr, unsigned long nPhysAddr, GLenum format)
+                               unsigned char* pVirtAddr, unsigned long nPhysAddr)
 {
     glActiveTexture(textureUnit);
     glBindTexture(GL_TEXTURE_2D, texture);
@@ -182,13 +149,13 @@ void CGLWndPlayer::uploadFrame(GLenum textureUnit, GLuint texture, int width, in
     if (phys == kNoPhysAddr) {
         GLvoid* logical = pVirtAddr;
         const GLuint unused = kPhysUnused;
-        glTexDirectVIVMap(GL_TEXTURE_2D, width, height, format, &logical, &unused);
+        glTexDirectVIVMap(GL_TEXTURE_2D, width, height, m_eFrameFormat, &logical, &unused);
     } else if (phys == kCopyWanted) {
-        copyFrame(width, height, pVirtAddr, format);
+        copyFrame(width, height, pVirtAddr);
     } else {
         auto* logical = reinterpret_cast<GLvoid*>(kLogicalUnused);
         const GLuint physical = phys;
-        glTexDirectVIVMap(GL_TEXTURE_2D, width, height, format, &logical, &physical);
+        glTexDirectVIVMap(GL_TEXTURE_2D, width, height, m_eFrameFormat, &logical, &physical);
     }
     glTexDirectInvalidateVIV(GL_TEXTURE_2D);
     glTexParameterf(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR);
@@ -197,16 +164,16 @@ void CGLWndPlayer::uploadFrame(GLenum textureUnit, GLuint texture, int width, in
     glTexParameterf(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE);
 }
 
-void CGLWndPlayer::copyFrame(int width, int height, const unsigned char* pVirtAddr, GLenum format)
+void CGLWndPlayer::copyFrame(int width, int height, const unsigned char* pVirtAddr)
 {
     std::array<GLvoid*, kPlanes> planes = {};
-    glTexDirectVIV(GL_TEXTURE_2D, width, height, format, planes.data());
+    glTexDirectVIV(GL_TEXTURE_2D, width, height, m_eFrameFormat, planes.data());
     const size_t pixels = pixelsOf(width, height);
     if (!planes[0]) // a size that the GPU refuses
         return;
-    if (format == kFormatPacked16) {
+    if (m_eFrameFormat == kFormatPacked16) {
         std::memcpy(planes[0], pVirtAddr, pixels * 2);
-    } else if (format == kFormatNv12) {
+    } else if (m_eFrameFormat == kFormatNv12) {
         std::memcpy(planes[0], pVirtAddr, pixels);
         std::memcpy(planes[1], pVirtAddr + pixels, pixels / 2);
     }

@@ -3,7 +3,6 @@
 // Thread          Runs here
 // GUI thread      everything but OnVideoData()
 // engine worker   OnVideoData(): stores a frame and waits until paintGL() has drawn it
-// rehearsal       between startRehearsal() and endRehearsal(): all that uses the context
 //
 // Lock: m_pMutex guards the pending frame and m_bNewFrame, and m_pWaitCond belongs to it. It is
 // never held while drawing, nor together with a lock of the engine. At most one frame is pending.
@@ -11,19 +10,16 @@
 // refused, or when the waiting QThread is asked to interrupt: its memory may be gone then, so the
 // frame is dropped.
 //
-// A widget gets a new context when its window is made anew, as eglfs does for the first surface, or
-// when it moves to another window. All GL objects belong to one context: they are released before
-// it goes, and the next one has its own. A frame that waits meanwhile is drawn by the next context;
-// the picture that stood there is gone until the next frame.
+// The widget gets a new context when it moves to another window, and on eglfs when it is first
+// shown. GL objects belong to one context: we release them before it goes and make new ones. A
+// frame that waits meanwhile is drawn by the next context; the old picture is gone.
 //
 // Sizes in px. Needs the resources :/shader/ and :/image/text.png.
 #pragma once
 
 #include <QOpenGLFunctions>
 #include <QOpenGLWidget>
-#include <QScopedPointer>
 
-class CRehearsal;
 class QMutex;
 class QOpenGLBuffer;
 class QOpenGLShaderProgram;
@@ -57,13 +53,9 @@ public:
     // waiting too.
     void refuseFrames(bool refuse);
 
-    // Makes the surface ready while it is hidden and has never been shown, so that showing it takes
-    // no longer than later: the short part at once, the long one in a thread. Nobody may use the
-    // surface until endRehearsal(), which waits for that thread.
-    void startRehearsal();
-    void endRehearsal();
-
-    bool m_bVideo = false; // video is on; grey without labels while false
+    // Makes the context and draws once while the surface has not been shown yet, so that the first
+    // picture need not wait for the driver's compilers. Takes 0.2 s on a software renderer.
+    void prepare();
 
 protected:
     void initializeGL() override;
@@ -74,32 +66,18 @@ private slots:
     void slotReleaseObjects(); // the context is about to go
 
 private:
-    struct Frame
-    {
-        unsigned char* data;
-        unsigned long phys;
-        int width;
-        int height;
-        GLenum format;
-        bool isNew;
-    };
-
-    void giveDepthBack();
-    GLuint attachedBuffer(GLenum attachment); // 0: none
     void makeQuad();
     void makeVideoProgram();
     void makeLabelProgram();
     void makeVideoTexture();
     void setUpAttributes();
     void makeLabelTexture();
-    bool canRehearse() const;
-    void drawUnseen();
 
     void waitFrameDrawn(); // worker; called locked
-    Frame pendingFrame();
+    bool hasNewFrame();
     void uploadFrame(GLenum textureUnit, GLuint texture, int width, int height,
-                     unsigned char* pVirtAddr, unsigned long nPhysAddr, GLenum format);
-    void copyFrame(int width, int height, const unsigned char* pVirtAddr, GLenum format);
+                     unsigned char* pVirtAddr, unsigned long nPhysAddr);
+    void copyFrame(int width, int height, const unsigned char* pVirtAddr);
     void drawQuad();
     void drawLabels();
     void drawViewLabel();
@@ -114,7 +92,7 @@ private:
     QOpenGLBuffer* m_pVbo = nullptr;
     QOpenGLTexture* m_pLabelTexture = nullptr;
 
-    // Pending frame, under m_pMutex.
+    // Pending frame: under m_pMutex, or in the GUI thread while m_bNewFrame holds.
     unsigned char* m_pFrameData = nullptr;
     unsigned long m_nFramePhys = 0;
     int m_nFrameWidth = -1;
@@ -123,14 +101,16 @@ private:
 
     int m_nSwitch = 0;        // GUI thread
     bool m_bNewFrame = false; // under m_pMutex
-    bool m_bRefuse = false;   // under m_pMutex
-    bool m_bPicture = false;  // GUI thread: the texture holds a frame that may be shown
 
-    bool m_bHurried = false; // GUI thread: what takes long is left out for now
-    QScopedPointer<CRehearsal> m_pRehearsal;
+public:
+    bool m_bVideo = false; // video is on; grey without labels while false; GUI thread
 
+private:
     QMutex* m_pMutex;
     QWaitCondition* m_pWaitCond;
+
+    bool m_bRefuse = false;  // under m_pMutex
+    bool m_bPicture = false; // GUI thread: the texture holds a frame that may be shown
 
     // Places of the uniforms that change from paint to paint.
     int m_nSwitchUniform = -1;

@@ -1,8 +1,6 @@
 // CGLWndPlayer's GL objects: what is made once and released at the end.
 #include "render/CGLWndPlayer.h"
 
-#include "render/CRehearsal.h"
-
 #include <QCoreApplication>
 #include <QDebug>
 #include <QFile>
@@ -14,7 +12,6 @@
 #include <QOpenGLVertexArrayObject>
 #include <QResizeEvent>
 #include <QTextStream>
-#include <QWindow>
 
 #include <cstdio>
 
@@ -85,7 +82,7 @@ template <typename Object> void destroyAndDelete(Object*& object)
 void CGLWndPlayer::initializeGL()
 {
     initializeOpenGLFunctions();
-    // What is made here is gone with the context; called on it later, it would end the program.
+    // These objects go with the context: using one afterwards ends the program.
     connect(context(), SIGNAL(aboutToBeDestroyed()), this, SLOT(slotReleaseObjects()),
             Qt::UniqueConnection);
     makeQuad();
@@ -93,8 +90,7 @@ void CGLWndPlayer::initializeGL()
     makeLabelProgram();
     makeVideoTexture();
     setUpAttributes();
-    if (!m_bHurried)
-        makeLabelTexture();
+    makeLabelTexture();
 }
 
 void CGLWndPlayer::makeQuad()
@@ -160,47 +156,20 @@ void CGLWndPlayer::makeLabelTexture()
     m_pLabelTexture->setMagnificationFilter(QOpenGLTexture::Linear);
 }
 
-// A window that holds no GL yet is made anew when the surface is shown, and its context with it:
-// everything would be done twice. eglfs draws the list with OpenGL as well: while the label's
-// texture is made, which locks all textures, every key would wait, for seconds on a slow processor.
-bool CGLWndPlayer::canRehearse() const
+// eglfs makes a new context when the surface is first shown, so there it would be for nothing.
+void CGLWndPlayer::prepare()
 {
-    const QWindow* frame = window()->windowHandle();
-    return !context() && frame && frame->surfaceType() != QSurface::RasterSurface &&
-           QGuiApplication::platformName() != QLatin1String("eglfs") &&
-           QOpenGLContext::supportsThreadedOpenGL();
-}
-
-void CGLWndPlayer::startRehearsal()
-{
-    if (!canRehearse())
+    if (isValid() || QGuiApplication::platformName() == QLatin1String("eglfs"))
         return;
-    m_bHurried = true;
-    QResizeEvent firstShow(size(), size()); // the widget makes its context when it gets one
+    QResizeEvent firstShow(size(), size()); // QOpenGLWidget makes its context when it gets one
     QCoreApplication::sendEvent(this, &firstShow);
-    m_bHurried = false;
-    makeCurrent();
-    if (isValid())
-        m_pRehearsal.reset(new CRehearsal([this] { drawUnseen(); }));
-}
-
-void CGLWndPlayer::drawUnseen()
-{
-    makeLabelTexture();
-    glBindFramebuffer(GL_FRAMEBUFFER, defaultFramebufferObject());
-    paintGL();
-    drawLabels();
-    glFinish();
-}
-
-void CGLWndPlayer::endRehearsal()
-{
-    m_pRehearsal.reset();
+    m_bVideo = true; // with the labels, which have a program of their own
+    grabFramebuffer();
+    m_bVideo = false;
 }
 
 void CGLWndPlayer::slotReleaseObjects()
 {
-    endRehearsal();
     m_bPicture = false;
     makeCurrent();
     releaseProgram(m_pVideoProgram);

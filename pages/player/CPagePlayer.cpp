@@ -101,7 +101,6 @@ void CPagePlayer::createHideTimer()
 
 void CPagePlayer::enterPage()
 {
-    m_pGLWndPlayer->endRehearsal();
     m_nLastEventTimeUs = currentTimeUs();
     m_pHideTimer->start();
     m_pPlayerControl->showControl();
@@ -210,9 +209,9 @@ void CPagePlayer::slotKeyEventUpdate()
     m_nLastEventTimeUs = currentTimeUs();
 }
 
-void CPagePlayer::slotRehearse()
+void CPagePlayer::slotPrepare()
 {
-    m_pGLWndPlayer->startRehearsal(); // first: making a context waits while a library is loaded
+    m_pGLWndPlayer->prepare(); // first: making a context waits while a library is loaded
     m_pPlayer->loadAhead();
 }
 

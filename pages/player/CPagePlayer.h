@@ -38,7 +38,7 @@ public slots:
     void slotUpdatePlayingState(bool bPlaying, bool bPause);
     void slotRestartPlay();
     void slotKeyEventUpdate();
-    void slotRehearse(); // makes the first playback start as fast as later ones
+    void slotPrepare(); // makes the first playback start as fast as later ones
 
 protected:
     void mousePressEvent(QMouseEvent* event) override;

@@ -148,7 +148,7 @@ private slots:
         const Window w({"quads.mp4", "名 mit Ümlaut.mp4"});
         QElapsedTimer clock;
         clock.start();
-        w.page->slotRehearse(); // which the playback overtakes
+        w.page->slotPrepare(); // which the playback overtakes
         w.play();
         QVERIFY(w.page->isVisible() && w.list->isHidden());
         QCOMPARE(QApplication::focusWidget(), w.buttons[0]);
