@@ -58,6 +58,32 @@ clip quads.mp4 videotestsrc num-buffers=25 pattern=solid-color foreground-color=
     ! "$(raw I420 160 120 25)" ! compositor background=white ! "$(raw Y42B 320 240 25)" \
     ! $h264 quantizer=10 pass=quant ! h264parse ! mp4mux
 
+# bars NAME SIZE CAPS ENCODER...: half a second of SMPTE bars of 75 %; CAPS say how they are coded.
+bars() {
+    name=$1
+    caps="video/x-raw,format=$3"
+    size=$2
+    shift 3
+    clip "bars-$name" videotestsrc num-buffers=5 pattern=smpte75 ! "$(raw RGB $size 10)" \
+        ! videoconvert ! "$caps" ! "$@"
+}
+# Bare H.264: mp4mux loses the full range.
+bare="$h264 quantizer=4 pass=quant ! video/x-h264,stream-format=byte-stream"
+for colours in 1:3 1:4 1:6 2:3 2:4 2:6; do
+    bars $colours.mp4 "320 240" "I420,colorimetry=$colours:0:0" $bare
+done
+for format in Y444 I420_10LE; do
+    bars $format.mp4 "320 240" "$format,colorimetry=bt709" $bare
+done
+bars interlaced.mp4 "320 240" "I420,colorimetry=bt709" interlace field-pattern=1:1 \
+    ! $h264 quantizer=4 pass=quant interlaced=true
+for format in I420 Y42B Y444; do
+    bars jpeg-$format.avi "320 240" "$format,colorimetry=1:4:0:0" jpegenc quality=100 ! avimux
+done
+# MPEG-4 in AVI says nothing of its colours.
+bars unmarked-sd.avi "320 576" "I420,colorimetry=bt601" avenc_mpeg4 bitrate=9000000 ! avimux
+bars unmarked-hd.avi "320 720" "I420,colorimetry=bt709" avenc_mpeg4 bitrate=9000000 ! avimux
+
 # 0.5 s, 10 fps. Width and height are odd. One frame more than the pool has.
 clip odd.avi videotestsrc num-buffers=5 ! "$(raw I420 53 41 10)" ! jpegenc ! avimux
 

@@ -39,6 +39,7 @@ struct ExporterState
     // Streaming thread only.
     TimestampRepair times;
     GstVideoInfo info = {}; // of what comes in
+    Colours colours;        // the same
     std::shared_ptr<BlockStore> blocks;
     GstClockTime stay = 0; // of the last frame
 };
@@ -122,6 +123,7 @@ gboolean setCaps(GstBaseTransform* base, GstCaps* in, GstCaps*)
     ExporterState& state = stateOf(base);
     if (!gst_video_info_from_caps(&state.info, in))
         return FALSE;
+    state.colours = coloursOf(in);
     state.blocks = std::make_shared<BlockStore>(
         tightNv12Size(evenSize(state.info.width), evenSize(state.info.height)));
     return TRUE;
@@ -184,6 +186,7 @@ std::shared_ptr<PhysBlock> copiedFrame(GstBaseTransform* base, GstBuffer* in)
                           (nullptr));
         return nullptr;
     }
+    block->setColours(state.colours);
     return block;
 }
 

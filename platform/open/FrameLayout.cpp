@@ -2,6 +2,8 @@
 
 namespace {
 
+constexpr int kHdLines = 720;
+
 // Only metas that agree with the caps are of use: a smaller frame holds no picture of that size.
 bool agrees(const GstVideoMeta& meta, const GstVideoInfo& caps)
 {
@@ -43,6 +45,22 @@ bool place(FrameLayout::Plane& plane, const GstVideoFormatInfo* format, int comp
     return true;
 }
 
+Colours::Matrix matrixOf(GstVideoColorMatrix said, int height)
+{
+    switch (said) {
+    case GST_VIDEO_COLOR_MATRIX_BT601:
+    case GST_VIDEO_COLOR_MATRIX_FCC:
+        return Colours::Bt601;
+    case GST_VIDEO_COLOR_MATRIX_BT709:
+    case GST_VIDEO_COLOR_MATRIX_SMPTE240M:
+        return Colours::Bt709;
+    case GST_VIDEO_COLOR_MATRIX_BT2020:
+        return Colours::Bt2020;
+    default:
+        return height >= kHdLines ? Colours::Bt709 : Colours::Bt601;
+    }
+}
+
 } // namespace
 
 std::optional<FrameLayout> frameLayoutOf(GstBuffer* buffer, const GstVideoInfo& caps)
@@ -74,4 +92,16 @@ std::optional<FrameLayout> frameLayoutOf(GstBuffer* buffer, const GstVideoInfo& 
             return {};
     }
     return layout;
+}
+
+// From the field itself: GstVideoInfo does not tell a guess of its own from what the stream says.
+Colours coloursOf(GstCaps* caps)
+{
+    const GstStructure* structure = gst_caps_get_structure(caps, 0);
+    int height = 0;
+    gst_structure_get_int(structure, "height", &height);
+    GstVideoColorimetry said = {};
+    if (const char* text = gst_structure_get_string(structure, "colorimetry"))
+        gst_video_colorimetry_from_string(&said, text);
+    return {matrixOf(said.matrix, height), said.range == GST_VIDEO_COLOR_RANGE_0_255};
 }

@@ -2,6 +2,8 @@
 // checked: whoever reads by it stays within the buffer, whatever a decoder says.
 #pragma once
 
+#include "platform/open/Colours.h"
+
 #include <gst/video/video.h>
 
 #include <optional>
@@ -26,3 +28,7 @@ struct FrameLayout
 // Of a buffer with these caps: the video meta says where planes lie, the crop meta where the
 // picture begins. Nothing when they contradict the caps or lead out of the buffer.
 std::optional<FrameLayout> frameLayoutOf(GstBuffer* buffer, const GstVideoInfo& caps);
+
+// What the stream says; where it says nothing, BT.709 from 720 lines on and BT.601 below, and the
+// limited range. JPEG decoders do say that theirs is the full one.
+Colours coloursOf(GstCaps* caps);

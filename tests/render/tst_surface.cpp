@@ -1,6 +1,8 @@
 // The video surface: pixels of every view, the hand-off, and the pictures that are compiled in.
 #include "platform/SurfaceFormat.h"
+#include "platform/open/FrameCounters.h"
 #include "platform/open/copied/PhysBlock.h"
+#include "player/CPlayer.h"
 #include "render/CGLWndPlayer.h"
 #include "tests/Rows.h"
 
@@ -147,6 +149,35 @@ private slots:
         for (const int x : {159, 160})
             QVERIFY(shown.pixelColor(x, 60).red() > 60 && shown.pixelColor(x, 60).green() > 60);
         QVERIFY(shown.pixelColor(0, 60).green() < 10 && shown.pixelColor(60, 0).blue() < 10);
+    }
+
+    // From the file to the screen: bars with three quarters of red, green and blue, or nothing.
+    void showsTheColoursRecorded_data()
+    {
+        QTest::addColumn<QString>("file");
+        for (const char* file :
+             {"1:3.mp4", "1:4.mp4", "1:6.mp4", "2:3.mp4", "2:4.mp4", "2:6.mp4", "Y444.mp4",
+              "I420_10LE.mp4", "interlaced.mp4", "jpeg-I420.avi", "jpeg-Y42B.avi", "jpeg-Y444.avi",
+              "unmarked-sd.avi", "unmarked-hd.avi"})
+            row(file, QStringLiteral(CLIP_DIR "/bars-") + file);
+    }
+    void showsTheColoursRecorded()
+    {
+        QFETCH(QString, file);
+        const unsigned before = frameCounters().uploads;
+        CPlayer player(CGLWndPlayer::OnVideoData, m_surface);
+        player.initPipeline();
+        player.playFile(QFile::encodeName(file));
+        QTRY_VERIFY_WITH_TIMEOUT(frameCounters().uploads > before, kLimitMs);
+        const QImage shown = picture();
+        int off = 0;
+        for (int bar = 0; bar < 7; ++bar) {
+            const QColor is = shown.pixelColor(23 + 320 * bar / 7, 60);
+            off = qMax(off, qAbs(is.red() - (bar % 4 < 2 ? 191 : 0)));
+            off = qMax(off, qAbs(is.green() - (bar < 4 ? 191 : 0)));
+            off = qMax(off, qAbs(is.blue() - (bar % 2 == 0 ? 191 : 0)));
+        }
+        QVERIFY2(off <= 4, qPrintable(QString::number(off)));
     }
 
     // Of a block that has gone, or is too short, nothing is read.

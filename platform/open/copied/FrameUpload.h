@@ -14,6 +14,9 @@ public:
 
 private:
     void convert(const Picture& picture, int y, int rows);
+    void convertNv12(const Picture& picture, int y, int rows);
 
-    std::vector<uint8_t> m_vecRgba; // of some rows, used again and again
+    // Of some rows, used again and again.
+    std::vector<uint8_t> m_vecRgba;
+    std::vector<uint8_t> m_vecColours;
 };
