@@ -1,12 +1,11 @@
-// One playback, from the start of a file until it is stopped: what the engine reports of it, and
-// the watch over its start. A report that is still on its way when the playback ends goes with it,
-// so none can stop, start or time the next one. GUI thread only.
+// What the engine reports of one playback, from the start of a file until it is stopped. Ending the
+// playback drops the reports that are still queued, so none of them stops or updates the next file.
+// GUI thread only.
 #pragma once
 
 #include <QObject>
 
 class CPlayer;
-class QTimer;
 
 class CPlayback : public QObject
 {
@@ -19,14 +18,6 @@ public:
 signals:
     // As the engine's, but never inside the call that starts the file.
     void sgPlayFinished();
-    void sgPlayError(); // also when the start gets nowhere
+    void sgPlayError();
     void sgUpdateData();
-
-private slots:
-    void slotWatchStart();
-
-private:
-    CPlayer* const m_pPlayer;
-    QTimer* m_pWatch;      // child
-    int m_nStillTicks = 0; // looks in a row that found nothing moving
 };

@@ -3,7 +3,7 @@
 #include "platform/VideoPath.h"
 #include "player/CPluginLoader.h"
 #include "player/EngineClock.h"
-#include "player/ThreadActivity.h"
+#include "player/PlaybinRules.h"
 
 #include <QByteArray>
 #include <QDebug>
@@ -17,7 +17,6 @@ constexpr qint64 kUnknown = -1;
 constexpr qint64 kNsPerSecond = GST_SECOND;
 constexpr qint64 kSeekStep = 34 * kNsPerSecond;
 constexpr unsigned long kWorkerPollUs = 100;
-constexpr char kWorkerName[] = "frame pump"; // what its thread is called
 
 // playbin's video, audio, subtitles and visualisation.
 constexpr int kPlayFlags = 0x0F;
@@ -36,7 +35,7 @@ CPlayer::CPlayer(VideoDataCallback pfnVideoData, void* pVideoUserData)
       m_pSampleStored(new QWaitCondition),
       m_pThread(new QThread(this))
 {
-    m_pThread->setObjectName(QString::fromLatin1(kWorkerName));
+    m_pThread->setObjectName(QStringLiteral("frame pump"));
     connect(m_pThread, SIGNAL(started()), this, SLOT(slotProcessSample()));
     moveToThread(m_pThread);
     m_pThread->start(QThread::InheritPriority);
@@ -65,6 +64,7 @@ void CPlayer::initPipeline()
     if (m_bInited)
         return;
     gst_init(nullptr, nullptr);
+    setPlaybinRules();
     m_pPipeline = gst_element_factory_make("playbin", "playbin0");
     m_pAppSink = gst_element_factory_make("appsink", "appsink0");
     g_object_set(m_pPipeline, "video-sink", m_pAppSink, nullptr);
@@ -204,18 +204,6 @@ void CPlayer::waitForWorker() const
 {
     while (m_bPresenting)
         QThread::usleep(kWorkerPollUs);
-}
-
-bool CPlayer::waitsForData() const
-{
-    return m_bPlaying &&
-           gst_element_get_state(m_pPipeline, nullptr, nullptr, 0) == GST_STATE_CHANGE_ASYNC;
-}
-
-// The worker's naps while the store is empty are no work.
-bool CPlayer::isAtWork() const
-{
-    return othersAreAtWork(kWorkerName);
 }
 
 qint64 CPlayer::queryDuration() const

@@ -67,9 +67,6 @@ public:
     qint64 queryPosition() const; // ns, -1: unknown; runs ahead of the picture by the frames stored
 
     bool isPlaying() const { return m_bPlaying; } // a file is loaded, playing or paused
-    bool waitsForData() const; // playing, but the sinks wait for a first frame: of the file, or of
-                               // what follows a seek
-    bool isAtWork() const;     // a thread of the pipeline computes or waits for the disk just now
 
     // Returns when the worker is done with a sample that it has taken out of the store; after
     // stop() it has nothing of that file any more. The receiver has to let its hand-off end

@@ -4,6 +4,31 @@
 #include "tests/Rows.h"
 #include "tests/player/Engine.h"
 
+#include <QTcpServer>
+#include <QtEndian>
+
+namespace {
+
+QByteArray number(int value)
+{
+    const auto bytes = qToBigEndian(quint32(value));
+    return QByteArray(reinterpret_cast<const char*>(&bytes), sizeof bytes);
+}
+
+QByteArray atom(const char* name, const QByteArray& content)
+{
+    return number(content.size() + 8) + name + content;
+}
+
+// A QuickTime file without tracks that sends the player to another address.
+QByteArray redirectTo(const QByteArray& url)
+{
+    const QByteArray reference = number(0) + "url " + number(url.size() + 1) + url + '\0';
+    return atom("ftyp", "qt  ") + atom("moov", atom("rmra", atom("rmda", atom("rdrf", reference))));
+}
+
+} // namespace
+
 class tst_player : public QObject
 {
     Q_OBJECT
@@ -88,6 +113,59 @@ private slots:
         e.player->playFile(clip(QString::fromUtf8("名 mit Ümlaut.mp4")));
         const int frames = e.frames;
         QTRY_VERIFY_WITH_TIMEOUT(e.frames > frames, kLimitMs);
+    }
+
+    // Each is called .mp4 and names another recording: on the disk, or at a server.
+    void opensTheChosenFileOnly_data()
+    {
+        const QByteArray dash = "<MPD xmlns='urn:mpeg:dash:schema:mpd:2011' type='static' "
+                                "mediaPresentationDuration='PT9S' minBufferTime='PT1S' "
+                                "profiles='urn:mpeg:dash:profile:isoff-on-demand:2011'><Period>"
+                                "<AdaptationSet mimeType='video/mp4'><Representation id='1' "
+                                "bandwidth='1000'><BaseURL>@</BaseURL><SegmentList duration='9'>"
+                                "<SegmentURL media='@'/></SegmentList></Representation>"
+                                "</AdaptationSet></Period></MPD>";
+        const QByteArray hls = "#EXTM3U\n#EXT-X-TARGETDURATION:9\n#EXTINF:9,\n@\n#EXT-X-ENDLIST\n";
+        columns<QByteArray, bool>({"text", "remote"});
+        for (const bool remote : {false, true}) {
+            row(remote ? "redirect to a server" : "redirect to a file", QByteArray(), remote);
+            row(remote ? "HLS from a server" : "HLS from a file", hls, remote);
+            row(remote ? "DASH from a server" : "DASH from a file", dash, remote);
+        }
+    }
+    void opensTheChosenFileOnly()
+    {
+        QFETCH(QByteArray, text);
+        QFETCH(bool, remote);
+        QTcpServer server;
+        QVERIFY(server.listen(QHostAddress::LocalHost));
+        const QByteArray other =
+            remote ? "http://127.0.0.1:" + QByteArray::number(server.serverPort()) + "/x.mp4"
+                   : "file://" + clip("silent.mp4");
+        QTemporaryFile file(QDir::tempPath() + "/XXXXXX.mp4");
+        QVERIFY(file.open());
+        file.write(text.isEmpty() ? redirectTo(other) : text.replace('@', other));
+        file.close();
+        Engine e;
+        e.player->playFile(QFile::encodeName(file.fileName()));
+        QTRY_VERIFY_WITH_TIMEOUT(e.errors > 0, kLimitMs);
+        QCOMPARE(e.frames.load(), 0);
+        QVERIFY(!server.hasPendingConnections());
+        QVERIFY(!remote || !gst_element_make_from_uri(GST_URI_SRC, other, nullptr, nullptr));
+    }
+
+    // Some of many: whether GStreamer would lose an error depends on which thread is faster.
+    void losesNoError()
+    {
+        QTemporaryFile file;
+        QVERIFY(file.open());
+        file.write(atom("ftyp", "qt  ") + QByteArray::fromHex("70000000") + "what is this?");
+        file.close();
+        for (int i = 0; i < 50; ++i) {
+            Engine e;
+            e.player->playFile(QFile::encodeName(file.fileName()));
+            QTRY_VERIFY_WITH_TIMEOUT(e.errors > 0, kLimitMs);
+        }
     }
 
     // Silent: a clip with sound would be paced by it.

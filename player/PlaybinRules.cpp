@@ -1,0 +1,104 @@
+#include "player/PlaybinRules.h"
+
+#include <cstring>
+
+#include <gst/gst.h>
+
+namespace {
+
+void (*s_pfnHandleMessage)(GstBin*, GstMessage*) = nullptr; // decodebin's own
+
+bool opensElsewhere(GstElementFactory* factory)
+{
+    if (gst_element_factory_get_uri_type(factory) != GST_URI_SRC)
+        return false;
+    const gchar* const* protocols = gst_element_factory_get_uri_protocols(factory);
+    return !protocols || !g_strv_contains(protocols, "file");
+}
+
+// Their recordings are texts that name other files to open.
+bool readsPlaylists(GstElementFactory* factory)
+{
+    const gchar* kind = gst_element_factory_get_metadata(factory, GST_ELEMENT_METADATA_KLASS);
+    return kind && std::strstr(kind, "Adaptive");
+}
+
+void removeIfForbidden(gpointer feature, gpointer registry)
+{
+    auto* factory = GST_ELEMENT_FACTORY(feature);
+    if (opensElsewhere(factory) || readsPlaylists(factory))
+        gst_registry_remove_feature(GST_REGISTRY(registry), GST_PLUGIN_FEATURE(feature));
+}
+
+void removeForbiddenElements()
+{
+    GstRegistry* registry = gst_registry_get();
+    GList* all = gst_registry_get_feature_list(registry, GST_TYPE_ELEMENT_FACTORY);
+    g_list_foreach(all, removeIfForbidden, registry);
+    gst_plugin_feature_list_free(all);
+}
+
+bool isInOwnThread(GstElement* element)
+{
+    GstPad* pad = gst_element_get_static_pad(element, "sink");
+    if (!pad)
+        return false;
+    GST_OBJECT_LOCK(pad);
+    const GstTask* task = GST_PAD_TASK(pad);
+    const bool own = task && task->thread == g_thread_self();
+    GST_OBJECT_UNLOCK(pad);
+    gst_object_unref(pad);
+    return own;
+}
+
+// While decodebin plugs an element in, it drops the element's errors and tries the next element
+// instead. An element's own thread runs only after that choice: decodebin would lose its error, and
+// the file would start for ever.
+bool wouldBeLost(GstMessage* error)
+{
+    if (!GST_IS_ELEMENT(GST_MESSAGE_SRC(error)))
+        return false;
+    auto* element = GST_ELEMENT(GST_MESSAGE_SRC(error));
+    return gst_element_is_locked_state(element) && isInOwnThread(element);
+}
+
+// playbin opens the "redirect-location" that it finds in an error's details.
+GstMessage* withoutDetails(GstMessage* error)
+{
+    error = gst_message_make_writable(error);
+    gst_structure_remove_field(gst_message_writable_structure(error), "details");
+    return error;
+}
+
+void handleMessage(GstBin* decodebin, GstMessage* message)
+{
+    const bool isError = GST_MESSAGE_TYPE(message) == GST_MESSAGE_ERROR;
+    if (isError)
+        message = withoutDetails(message);
+    if (isError && wouldBeLost(message))
+        gst_element_post_message(GST_ELEMENT(decodebin), message);
+    else
+        s_pfnHandleMessage(decodebin, message);
+}
+
+// decodebin and its bus belong to playbin; its class is the only place before its message handler.
+void takeDecodebinsMessages()
+{
+    GstElement* decodebin = gst_element_factory_make("decodebin", nullptr);
+    if (!decodebin)
+        return;
+    auto* kept = static_cast<GstBinClass*>(g_type_class_ref(G_OBJECT_TYPE(decodebin)));
+    s_pfnHandleMessage = kept->handle_message;
+    kept->handle_message = handleMessage;
+    gst_object_unref(gst_object_ref_sink(decodebin));
+}
+
+} // namespace
+
+void setPlaybinRules()
+{
+    if (s_pfnHandleMessage)
+        return;
+    removeForbiddenElements();
+    takeDecodebinsMessages();
+}
