@@ -223,6 +223,7 @@ private slots:
         hub.signal(SIGTERM);
         QCOMPARE(hub.end(SIGCONT), 0);
         QVERIFY(!QFile::exists(place));
+        QCOMPARE(Child(HUB, {"--unknown"}).end(0), 2);
         QCOMPARE(hub.output().count(kAppSwitch), 1);
         QCOMPARE(hub.output().count("received"), 1);
     }
