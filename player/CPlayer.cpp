@@ -7,6 +7,8 @@
 
 #include <QByteArray>
 #include <QDebug>
+#include <QFile>
+#include <QFileInfo>
 #include <QMutex>
 #include <QThread>
 #include <QWaitCondition>
@@ -17,6 +19,7 @@ constexpr qint64 kUnknown = -1;
 constexpr qint64 kNsPerSecond = GST_SECOND;
 constexpr qint64 kSeekStep = 34 * kNsPerSecond;
 constexpr unsigned long kWorkerPollUs = 100;
+constexpr char kScheme[] = "file://";
 
 // playbin's video, audio, subtitles and visualisation.
 constexpr int kPlayFlags = 0x0F;
@@ -98,7 +101,7 @@ void CPlayer::releasePipeline()
 
 void CPlayer::playFile(const char* path)
 {
-    const QByteArray uri = QByteArray("file://") + path;
+    const QByteArray uri = kScheme + QByteArray(path);
     g_object_set(m_pPipeline, "uri", uri.constData(), nullptr);
     int flags = 0;
     g_object_get(m_pPipeline, "flags", &flags, nullptr);
@@ -120,11 +123,29 @@ void CPlayer::startFromIdle()
 {
     m_bAcceptSamples = true;
     m_nBaseTimeUs = currentTimeUs();
-    gst_element_set_state(m_pPipeline, GST_STATE_PLAYING);
+    if (hasPlayableFile())
+        gst_element_set_state(m_pPipeline, GST_STATE_PLAYING);
     m_bPlaying = true;
     m_bPause = false;
     emit sgRestartPlay();
     emit sgSendPlayingState(true, false);
+}
+
+// GStreamer would fail silently without a file, and block in open() on a FIFO or a device.
+bool CPlayer::hasPlayableFile()
+{
+    gchar* uri = nullptr;
+    g_object_get(m_pPipeline, "uri", &uri, nullptr);
+    m_strFile = QFile::decodeName(QByteArray(uri).mid(qstrlen(kScheme)));
+    g_free(uri);
+    const QFileInfo file(m_strFile);
+    if (m_strFile.isEmpty())
+        reportError(QStringLiteral("No file was chosen"), QString());
+    else if (file.exists() && !file.isFile())
+        reportError(QStringLiteral("Not a regular file"), QString());
+    else
+        return true;
+    return false;
 }
 
 void CPlayer::resume()
@@ -133,7 +154,7 @@ void CPlayer::resume()
     const qint64 now = currentTimeUs();
     const qint64 position = queryPosition();
     m_nBaseTimeUs = position == kUnknown ? now : now - nanosecondsToUs(position);
-    changeState(GST_STATE_PLAYING);
+    gst_element_set_state(m_pPipeline, GST_STATE_PLAYING);
     m_bPause = false;
     emit sgSendPlayingState(m_bPlaying, false);
 }
@@ -141,17 +162,9 @@ void CPlayer::resume()
 void CPlayer::pause()
 {
     m_bAcceptSamples = false;
-    changeState(GST_STATE_PAUSED);
+    gst_element_set_state(m_pPipeline, GST_STATE_PAUSED);
     m_bPause = true;
     emit sgSendPlayingState(m_bPlaying, true);
-}
-
-// A start that failed can only be stopped: playbin would begin it again beside the threads of the
-// first, and wait for them for ever.
-void CPlayer::changeState(GstState state)
-{
-    if (gst_element_get_state(m_pPipeline, nullptr, nullptr, 0) != GST_STATE_CHANGE_FAILURE)
-        gst_element_set_state(m_pPipeline, state);
 }
 
 void CPlayer::stop()

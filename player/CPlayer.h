@@ -7,7 +7,7 @@
 //                                            store, the clock base and m_bQuit, and blocks in the
 //                                            hand-off until the frame has been drawn
 // GStreamer's streaming    the pipeline      on_new_sample_from_sink(), storeSample(), and
-// threads                                    bus_callback(), which touches no member
+// threads                                    bus_callback(), which reads m_strFile only
 // loader (m_pLoader)       loadAhead()       CPluginLoader, which knows nothing of the engine
 //
 // Locks: m_pMutex guards m_mapSamples and nothing else. It is held inside the four store
@@ -88,9 +88,11 @@ private:
     static GstFlowReturn on_new_sample_from_sink(GstElement* sink, void* user);
 
     void startFromIdle();
+    bool hasPlayableFile();                                        // reports an error if not
+    void reportError(const QString& text, const QString& details); // any thread
+    void printLine(const QString& text) const;                     // any thread; names the file
     void resume();
     void pause();
-    void changeState(GstState state);
     void seekTo(qint64 target); // ns; the store has been flushed
 
     void storeSample(GstSample* sample); // takes over the reference; releases it if not accepting
@@ -111,6 +113,8 @@ private:
     GstElement* m_pPipeline = nullptr;
     GstElement* m_pAppSink = nullptr; // owned by the pipeline
     GstBus* m_pBus = nullptr;
+
+    QString m_strFile; // GUI writes while the pipeline is idle, any thread reads
 
     std::atomic<qint64> m_nBaseTimeUs{0}; // when stream time 0 is due; GUI writes, worker reads
 

@@ -16,7 +16,7 @@ constexpr qint64 kSecond = 1000000000;
 
 inline QByteArray clip(const QString& name)
 {
-    return QFile::encodeName(QStringLiteral(CLIP_DIR "/") + name);
+    return QFile::encodeName(QDir(QStringLiteral(CLIP_DIR)).absoluteFilePath(name));
 }
 
 // The signals come from several threads; with this object as context they are counted on the test's

@@ -179,6 +179,38 @@ private slots:
         QCOMPARE(e.errors, 0);
     }
 
+    // A recording's text may not forge a line of the log or work the terminal.
+    void printsTextsOnOneLine()
+    {
+        Engine e;
+        QTest::ignoreMessage(QtDebugMsg, "++ GST_MESSAGE_ERROR ..  é𝄞??[m?b");
+        GError* error = g_error_new_literal(GST_STREAM_ERROR, 0, "é𝄞\n\x1b[m\u2028b");
+        gst_element_post_message(s_pPlaybin,
+                                 gst_message_new_error(GST_OBJECT(s_pPlaybin), error, nullptr));
+        g_error_free(error);
+        QTRY_COMPARE_WITH_TIMEOUT(e.errors, 1, kLimitMs);
+    }
+
+    // The file plays on, so these lines are all that tells.
+    void saysWhatIsMissing()
+    {
+        Engine e;
+        QVERIFY(e.starts("silent.mp4"));
+        const QString line = QStringLiteral("++ CPlayer file %1 : %2");
+        const QString file = QFile::decodeName(clip("silent.mp4"));
+        for (const char* text :
+             {"no GStreamer plugin is installed for it: X decoder", "playbin0: Y"})
+            QTest::ignoreMessage(QtDebugMsg, qUtf8Printable(line.arg(file, text)));
+        GstStructure* plugin =
+            gst_structure_new("missing-plugin", "name", G_TYPE_STRING, "X decoder", nullptr);
+        gst_element_post_message(s_pPlaybin, gst_message_new_element(nullptr, plugin));
+        GError* error = g_error_new_literal(GST_RESOURCE_ERROR, 0, "Y");
+        gst_element_post_message(s_pPlaybin,
+                                 gst_message_new_warning(GST_OBJECT(s_pPlaybin), error, nullptr));
+        g_error_free(error);
+        QCOMPARE(e.errors, 0);
+    }
+
     // Nobody will show it, so nobody need wait for it.
     void endComesAtOnceAfterARefusedFrame()
     {

@@ -7,6 +7,8 @@
 #include <QTcpServer>
 #include <QtEndian>
 
+#include <sys/stat.h>
+
 namespace {
 
 QByteArray number(int value)
@@ -97,13 +99,19 @@ private slots:
         row("text", "notvideo.mp4");
         row("damaged", "damaged.mp4");
         row("number sign in the name", "a#b.mp4");
+        row("folder", "/tmp");
+        row("device", "/dev/zero");
+        row("FIFO", "fifo");
+        row("none chosen", "");
     }
     void reportsWhatCannotPlay()
     {
         QFETCH(QString, file);
         Engine e;
+        mkfifo(clip("fifo"), 0600);
         QTest::ignoreMessage(QtDebugMsg, QRegularExpression("ERROR \\.\\.  [A-Z][^/]+$"));
-        e.player->playFile(clip(file));
+        QTest::ignoreMessage(QtDebugMsg, QRegularExpression("file .*" + file + " : [^ ].+$"));
+        file.isEmpty() ? e.player->playPause() : e.player->playFile(clip(file));
         QTRY_VERIFY_WITH_TIMEOUT(e.errors > 0, kLimitMs);
         QCOMPARE(e.finished, 0);
         e.player->stop();
