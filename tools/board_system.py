@@ -15,7 +15,7 @@ from pathlib import Path
 TOP = Path(__file__).resolve().parents[1]
 BUILD = TOP / "build/board"
 
-KERNELS = {"amd64": "linux-image-amd64", "armhf": "linux-image-armmp-lpae"}
+KERNELS = {"amd64": "linux-image-amd64", "armhf": "linux-image-armmp-lpae", "arm64": "linux-image-arm64"}
 PACKAGES = """base-files base-passwd bash busybox-static coreutils dash dbus diffutils dpkg findutils
     grep gzip init-system-helpers kmod libc-bin login mount passwd perl-base procps sed systemd-sysv
     tar udev util-linux fonts-wqy-zenhei libegl1 libgl1-mesa-dri libgles2""".split()
@@ -76,8 +76,8 @@ def build_package(arch, platform="open", *arguments):
     if not list(out.glob(name + "_*.deb")):
         shutil.rmtree(out.parent, ignore_errors=True)
         out.mkdir(parents=True)
-        if arch == "armhf":
-            run(TOP / "debian/build-armhf", platform, out, *arguments,
+        if arch in ("armhf", "arm64"):
+            run(TOP / "debian/build-arm", arch, platform, out, *arguments,
                 env={**os.environ, "QP_COMMIT": commit})
         else:
             run("sh", "-c", f"git archive --prefix=source/ {commit} | tar -x -C {out}", cwd=TOP)

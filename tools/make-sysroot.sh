@@ -1,11 +1,13 @@
 #!/bin/sh
-# make-sysroot.sh [DIR]: unpacks Debian's armhf packages of what the build reads and the program
-# loads (nothing in them is run), so that the cross compiler and the emulator find them.
-# Safe to run again: a complete sysroot of the same packages is left alone, any other is remade.
+# make-sysroot.sh [ARCHITECTURE]: unpacks Debian's packages of armhf (default) or arm64 that the build
+# reads and the program loads, so that the cross compiler and the emulator find them. Nothing in them is
+# run. A second run makes the sysroot again only if the list of packages has changed.
 set -eu
 
 here=$(dirname "$(realpath "$0")")
-dir=$(realpath -m "${1:-$here/../build/sysroot-armhf}")
+arch=${1:-armhf}
+triplet=$(dpkg-architecture -f -a "$arch" -q DEB_HOST_MULTIARCH)
+dir=$(realpath -m "$here/../build/sysroot-$arch")
 half=$dir.half
 
 # Headers and libraries, plugins and drivers; the other build dependencies run on this machine.
@@ -19,14 +21,14 @@ fi
 mirror=$("$here/mirror.sh")
 rm -rf "$dir" "$half"
 mkdir -p "$(dirname "$dir")"
-mmdebstrap --quiet --variant=extract --architectures=armhf --components=main \
+mmdebstrap --quiet --variant=extract --architectures="$arch" --components=main \
     --skip=cleanup/apt/cache --include="$packages" "$VERSION_CODENAME" "$half" "$mirror"
 
-# Nothing in it is run by its own name: emulated programs that start another one, or open a file in
-# one of these folders, mean this machine's.
+# An emulated program that starts another one, or opens a file in one of these folders, means this
+# machine's; the emulator would take the sysroot's.
 rm -rf "$half/bin" "$half/sbin" "$half/usr/bin" "$half/usr/sbin" "$half/dev" "$half/tmp"
 
-# Links that start at the root would lead into this machine's own files.
+# Links that start at / would lead to this machine's files.
 find "$half/usr" "$half/lib" -type l -lname '/*' | while read -r link; do
     target=$half$(readlink "$link")
     if [ -e "$target" ]; then
@@ -34,12 +36,12 @@ find "$half/usr" "$half/lib" -type l -lname '/*' | while read -r link; do
     fi
 done
 
-# Links that the packages' own scripts would have made.
-ln -s blas/libblas.so.3 lapack/liblapack.so.3 "$half/usr/lib/arm-linux-gnueabihf/"
+# The packages' scripts did not run; they would have made these links.
+ln -s blas/libblas.so.3 lapack/liblapack.so.3 "$half/usr/lib/$triplet/"
 
 # Qt's CMake files name these tools below the sysroot, but the build runs them here.
 for tool in usr/lib/qt5/bin/moc usr/lib/qt5/bin/rcc usr/lib/qt5/bin/uic \
-        usr/lib/arm-linux-gnueabihf/qt5/bin/qmake; do
+        "usr/lib/$triplet/qt5/bin/qmake"; do
     ln -sf "/usr/lib/qt5/bin/${tool##*/}" "$half/$tool"
 done
 

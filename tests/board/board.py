@@ -13,9 +13,10 @@ from board_system import run
 MACHINES = {  # without AVX: emulated, it leaves dots along the edges of triangles
     "amd64": "qemu-system-x86_64 -M pc,i8042=off -accel tcg,thread=multi -cpu Nehalem".split(),
     "armhf": "qemu-system-arm -M virt -cpu cortex-a15".split(),
+    "arm64": "qemu-system-aarch64 -M virt -cpu cortex-a57".split(),
 }
-CONSOLES = {"amd64": "ttyS0", "armhf": "ttyAMA0"}
-LIMITS = {"amd64": 120, "armhf": 300}  # s, of every wait; a machine that is three times slower keeps them
+CONSOLES = {"amd64": "ttyS0", "armhf": "ttyAMA0", "arm64": "ttyAMA0"}
+LIMITS = {"amd64": 120, "armhf": 300, "arm64": 300}  # s, of every wait; a machine that is three times slower keeps them
 AXIS_MAX = 32767
 
 
