@@ -21,7 +21,7 @@ constexpr qint64 kSeekStep = 34 * kNsPerSecond;
 constexpr unsigned long kWorkerPollUs = 100;
 constexpr char kScheme[] = "file://";
 
-// playbin's video, audio, subtitles and visualisation.
+// playbin's flags for video, audio, subtitles and visualisation.
 constexpr int kPlayFlags = 0x0F;
 
 const char* text(bool value)

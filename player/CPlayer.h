@@ -10,19 +10,18 @@
 // threads                                    bus_callback(), which reads m_strFile only
 // loader (m_pLoader)       loadAhead()       CPluginLoader, which knows nothing of the engine
 //
-// Locks: m_pMutex guards m_mapSamples and nothing else. It is held inside the four store
-// operations only, never across the hand-off or another lock: samples are released when it has been
-// let go, as that takes locks of the platform's. The nap of an empty store lets it go while it
-// lasts.
+// Locks: m_pMutex guards m_mapSamples and nothing else. Only the store operations and the nap hold
+// it, and never with another lock: releasing a sample takes locks of the platform, so samples are
+// released after it is unlocked.
 //
-// Stopping a file, in this order: the store is released, for a decoder that waits for a free frame
-// might not give way to the pipeline; the pipeline goes to NULL, which ends the streaming threads;
-// the store is released of what came meanwhile. One sample may then still be with the worker.
+// Stopping a file, in this order: flush the store, because a decoder that waits for a free frame
+// may block the pipeline; set the pipeline to NULL, which ends the streaming threads; flush the
+// store again, because frames may have come meanwhile. The worker may still hold one sample.
 //
-// Ending, in this order: m_bQuit is set and the worker interrupted; the store is released; the
-// pipeline goes to NULL; the worker is joined; the store is released. A hand-off that waits for a
-// repaint must watch QThread::isInterruptionRequested(), or the join never ends: the GUI thread,
-// which would repaint, is the one that waits.
+// Ending, in this order: set m_bQuit and interrupt the worker; flush the store; set the pipeline to
+// NULL; join the worker; flush the store. A hand-off that waits for a repaint must watch
+// QThread::isInterruptionRequested(), or the join never ends: the GUI thread, which would repaint,
+// is the one that waits.
 //
 // Times: GStreamer's in ns, the engine's own in us.
 #pragma once
@@ -52,11 +51,12 @@ public:
     void initPipeline(); // builds the pipeline; later calls do nothing
     void releasePipeline();
 
-    // Makes the first start as fast as later ones, in a thread of its own. After initPipeline().
+    // Preloads plugins in a thread, so that the first start is as fast as later ones. Call it after
+    // initPipeline().
     void loadAhead();
 
-    // Starts a file by its absolute path; call stop() first, or a file that plays is paused.
-    // A file that cannot be played is reported by sgPlayError(), possibly inside this call.
+    // Starts a file by its absolute path. Call stop() first, or a file that plays is paused
+    // instead. sgPlayError() reports a file that cannot be played, possibly inside this call.
     void playFile(const char* path);
     void playPause(); // start, pause or resume
     void stop();
@@ -68,9 +68,8 @@ public:
 
     bool isPlaying() const { return m_bPlaying; } // a file is loaded, playing or paused
 
-    // Returns when the worker is done with a sample that it has taken out of the store; after
-    // stop() it has nothing of that file any more. The receiver has to let its hand-off end
-    // meanwhile.
+    // Waits until the worker has released the sample that it took out of the store. After stop(),
+    // it then holds nothing of that file. The receiver has to let the hand-off end meanwhile.
     void waitForWorker() const;
 
 signals:
@@ -114,7 +113,7 @@ private:
     GstElement* m_pAppSink = nullptr; // owned by the pipeline
     GstBus* m_pBus = nullptr;
 
-    QString m_strFile; // GUI writes while the pipeline is idle, any thread reads
+    QString m_strFile; // path; GUI writes while no streaming thread runs, any thread reads
 
     std::atomic<qint64> m_nBaseTimeUs{0}; // when stream time 0 is due; GUI writes, worker reads
 

@@ -6,8 +6,8 @@
 
 namespace {
 
-// Recordings choose some of these texts: a line break would forge a line of the log, and an escape
-// sequence would reach the terminal.
+// Recordings choose some of the texts: a line break in one would forge a line of the log, and an
+// escape sequence would reach the terminal.
 QString printable(QString text)
 {
     static const QRegularExpression unprintable(QStringLiteral("[\\p{C}\\p{Zl}\\p{Zp}]"));
@@ -19,7 +19,7 @@ QString textOf(const GError* error)
     return error ? QString::fromUtf8(error->message) : QString();
 }
 
-// GStreamer puts its place in the source and a line break before them.
+// The lines before the last one name a place in GStreamer's source.
 QString lastLine(const gchar* details)
 {
     return QString::fromUtf8(details).section(QLatin1Char('\n'), -1);
@@ -33,7 +33,6 @@ QString missingPlugin(GstMessage* message)
 
 } // namespace
 
-// The error's own line, and one that tells which file it is about.
 void CPlayer::reportError(const QString& text, const QString& details)
 {
     qDebug().noquote() << "++ GST_MESSAGE_ERROR .. " << printable(text);

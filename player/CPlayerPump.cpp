@@ -17,8 +17,8 @@ namespace {
 
 constexpr unsigned long kIdleNapMs = 10; // at most, while the store is empty
 
-// A gap in the stream is slept through in pieces, so that quitting or seeking back does not wait
-// for its end. Frames of any usual rate are due within one piece.
+// Longest sleep before a frame: quitting or seeking back must not wait for the end of a long gap in
+// the stream. Frames of any usual rate come sooner.
 constexpr qint64 kLongestSleepUs = 100000;
 
 constexpr int kFormatIsNv12 = 1;
@@ -28,8 +28,7 @@ qint64 presentationTimeUs(GstSample* sample)
     return nanosecondsToUs(static_cast<qint64>(GST_BUFFER_PTS(gst_sample_get_buffer(sample))));
 }
 
-// The sink writes to the last sample that it gave out after a flush, whoever still holds it, and
-// GStreamer complains. So what is kept is another sample of the same frame.
+// After a flush, appsink reuses its last sample object; keep our own.
 GstSample* ownSample(GstSample* pulled)
 {
     GstSample* own = gst_sample_new(gst_sample_get_buffer(pulled), gst_sample_get_caps(pulled),
@@ -38,8 +37,8 @@ GstSample* ownSample(GstSample* pulled)
     return own;
 }
 
-// Also of a frame that nobody will see: mapping it says that it was dealt with, and a platform may
-// be holding the end of the stream back until then.
+// Map and unmap dropped frames too: the platform takes the unmap as "shown", and holds back the end
+// of stream until then.
 void discard(GstSample* sample)
 {
     GstBuffer* buffer = gst_sample_get_buffer(sample);
@@ -75,7 +74,7 @@ void CPlayer::storeSample(GstSample* sample)
     const qint64 key = presentationTimeUs(sample);
     QMutexLocker lock(m_pMutex);
     GstSample* unwanted = sample;
-    // Asked under the lock: a frame of before a flush must not slip in behind it.
+    // Look at the flag under the lock: a frame decoded before a flush must not enter after it.
     if (m_bAcceptSamples)
         unwanted = std::exchange(m_mapSamples[key], sample);
     m_pSampleStored->wakeOne();
@@ -115,8 +114,8 @@ void CPlayer::slotProcessSample()
     qDebug() << "++ CPlayer::slotProcessSample() quit ...";
 }
 
-// One pass of the loop. Whatever it slept for, the next pass looks at the store anew: a flush, a
-// seek or an earlier frame may have changed what comes first.
+// One pass of the loop. After a sleep it returns, because a flush, a seek or an earlier frame may
+// have changed which frame comes first.
 void CPlayer::processNextSample()
 {
     const qint64 dueUs = firstSampleTime();
@@ -129,13 +128,13 @@ void CPlayer::processNextSample()
         QThread::usleep(static_cast<unsigned long>(qMin(dueUs - elapsedUs, kLongestSleepUs)));
         return;
     }
-    m_bPresenting = true; // before it leaves the store: whoever flushed it must wait for this one
+    m_bPresenting = true; // before the frame leaves the store: waitForWorker() follows a flush
     if (GstSample* sample = takeSample(dueUs))
         presentSample(sample);
     m_bPresenting = false;
 }
 
-// The first frame of a file is due before it comes, so it ends the nap.
+// A stored frame ends the nap: the first frame of a file is due at once.
 void CPlayer::napWhileEmpty()
 {
     const QMutexLocker lock(m_pMutex);
@@ -143,7 +142,7 @@ void CPlayer::napWhileEmpty()
         m_pSampleStored->wait(m_pMutex, kIdleNapMs);
 }
 
-// The buffer stays mapped until the hand-off has returned: the GPU reads it until then.
+// Unmap after the hand-off has returned: the GPU reads the buffer until then.
 void CPlayer::presentSample(GstSample* sample)
 {
     GstBuffer* buffer = gst_sample_get_buffer(sample);
