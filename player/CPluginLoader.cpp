@@ -6,7 +6,7 @@
 
 namespace {
 
-// What recordings are made of.
+// Containers and codecs of the usual recordings.
 constexpr const char* kContents[] = {
     "video/quicktime",
     "video/x-msvideo",
@@ -17,12 +17,12 @@ constexpr const char* kContents[] = {
     "audio/mpeg, mpegversion = 1, layer = 3",
 };
 
-// What playbin puts around them by its own choice.
+// Plugins that playbin adds to every playback.
 constexpr const char* kAround[] = {"coreelements", "typefindfunctions", "videofilter",
                                    "deinterlace",  "autodetect",        "volume",
                                    "audioconvert", "audioresample"};
 
-// The class comes with it, for some take as long to set up as to load.
+// Also sets up the class: for some elements that takes as long as loading their plugin.
 void load(gpointer factory, gpointer /*user*/)
 {
     GstPluginFeature* loaded = gst_plugin_feature_load(GST_PLUGIN_FEATURE(factory));
@@ -33,12 +33,12 @@ void load(gpointer factory, gpointer /*user*/)
     gst_object_unref(loaded);
 }
 
-// Of those that take the contents, the first one that playbin would try.
+// Loads the first of the fitting elements: playbin tries them in this order.
 void loadBest(GstElementFactoryListType kind, const GstCaps* contents)
 {
     GList* all = gst_element_factory_list_get_elements(kind, GST_RANK_MARGINAL);
     GList* fitting = gst_element_factory_list_filter(all, contents, GST_PAD_SINK, FALSE);
-    if (fitting) // nodes are left to GLib: a race checker does not see how it hands their memory on
+    if (fitting) // GLib walks the list: the race checker does not see how it reuses nodes
         load(g_list_nth_data(fitting, 0), nullptr);
     gst_plugin_feature_list_free(fitting);
     gst_plugin_feature_list_free(all);
@@ -59,7 +59,7 @@ void loadPlugin(const char* name)
         gst_object_unref(loaded);
 }
 
-// All of them: they are tried one after the other until one finds its device.
+// Loads all: playbin tries them one after the other until one finds its device.
 void loadAudioSinks()
 {
     GList* sinks = gst_element_factory_list_get_elements(
@@ -70,20 +70,23 @@ void loadAudioSinks()
 
 } // namespace
 
-CPluginLoader::CPluginLoader() : m_Thread(&CPluginLoader::run, this) {}
+CPluginLoader::CPluginLoader()
+{
+    start();
+}
 
 CPluginLoader::~CPluginLoader()
 {
-    m_bQuit = true;
-    m_Thread.join();
+    requestInterruption();
+    wait();
 }
 
 void CPluginLoader::run()
 {
-    for (size_t i = 0; i < std::size(kContents) && !m_bQuit; ++i)
+    for (size_t i = 0; i < std::size(kContents) && !isInterruptionRequested(); ++i)
         loadForContents(kContents[i]);
-    for (size_t i = 0; i < std::size(kAround) && !m_bQuit; ++i)
+    for (size_t i = 0; i < std::size(kAround) && !isInterruptionRequested(); ++i)
         loadPlugin(kAround[i]);
-    if (!m_bQuit)
+    if (!isInterruptionRequested())
         loadAudioSinks();
 }

@@ -1,23 +1,17 @@
-// Loads ahead what playbin would load while the first file waits for it: the code of the demuxers,
-// parsers and decoders for what recordings are made of, of the audio sinks, and of what stands
-// between them. No element is made, so no device is opened and no decoder taken. A file that is
-// started meanwhile waits for the plugin that is being loaded and is no slower than without this.
+// Preloads the plugins that playbin would otherwise load during the first playback: demuxers,
+// parsers and decoders of the usual recordings, audio sinks, and the elements between them. It
+// makes no element, so it opens no device and takes no hardware decoder. A file that starts
+// meanwhile waits for one plugin at most, which it would have loaded itself.
 #pragma once
 
-#include <atomic>
-#include <thread>
+#include <QThread>
 
-class CPluginLoader
+class CPluginLoader final : public QThread
 {
 public:
-    CPluginLoader();  // starts at once; after gst_init()
-    ~CPluginLoader(); // waits for the plugin that is being loaded
-    CPluginLoader(const CPluginLoader&) = delete;
-    CPluginLoader& operator=(const CPluginLoader&) = delete;
+    CPluginLoader();           // starts at once; after gst_init()
+    ~CPluginLoader() override; // waits for the plugin that is being loaded
 
-private:
-    void run();
-
-    std::atomic<bool> m_bQuit{false};
-    std::thread m_Thread; // last: it uses what stands above
+protected:
+    void run() override;
 };
