@@ -31,8 +31,9 @@ class Folder:
         self.path, self.clip, self.chance = path, clip, chance
         os.mkdir(path)
         self.entries = []
-        kinds = [self.file, self.file, self.nonsense, self.empty, self.huge, self.folder, self.folder, self.link,
+        kinds = [self.file, self.nonsense, self.empty, self.huge, self.folder, self.folder, self.link, self.link,
                  self.link, self.fifo, self.socket, self.device]
+        os.mkfifo(os.path.join(path, b".fifo"))
         for _ in range(chance.choice((0, 1, 2, 10, 30))):
             path = os.path.join(self.path, self.name())
             try:
@@ -77,7 +78,8 @@ class Folder:
         self.file(os.path.join(path, b"in.mp4"))
 
     def link(self, path):
-        others = [b".", b"..", b"nowhere", b"/dev/zero", b"/dev/stdin", b"/proc/self/mem", os.path.basename(path)]
+        others = [b".", b"..", b"nowhere", b".fifo", b".fifo", b".fifo", b"/dev/zero", b"/dev/stdin",
+                  b"/proc/self/mem", os.path.basename(path)]
         os.symlink(self.chance.choice(others + self.entries), path)
 
     def fifo(self, path):
@@ -107,11 +109,11 @@ class Folder:
         shutil.rmtree(self.path)
 
     def turn(self):
-        """An entry that the list shows becomes something that blocks."""
-        path = self.chance.choice(self.entries)
-        if os.path.isfile(path):
-            os.unlink(path)
-            os.mkfifo(path)
+        """The files that the list shows become something that blocks."""
+        for path in self.entries:
+            if os.path.isfile(path):
+                os.unlink(path)
+                os.mkfifo(path)
 
 
 class Walk:
@@ -140,7 +142,7 @@ class Walk:
     def play(self, folders, videos, folder):
         first = ["Down"] * folders
         marks = [key for _ in range(min(videos, 12))
-                 for key in ("Return", "Down")[self.chance.random() < 0.6:]]
+                 for key in ("Return", "Down")[self.chance.random() < 0.3:]]
         if self.chance.random() < 0.3:
             folder.turn()
         left = [] if marks.count("Down") == videos else ["Left"]  # the last Down led to Play
