@@ -27,11 +27,13 @@ QString flagsOf(const QListWidgetItem& row)
     if (row.listWidget()->currentItem() == &row)
         flags += '>';
     const QFont font = row.data(Qt::FontRole).isNull() ? row.listWidget()->font() : row.font();
-    const QList<int> look{row.background().color() == kHighlight, font.pixelSize(), font.weight()};
+    const bool plain = row.background().style() == Qt::NoBrush || !row.background().color().alpha();
+    const bool lit = row.background().color() == kHighlight;
+    const QList<int> look{lit + 2 * plain, font.pixelSize(), font.weight()};
     if (row.flags().testFlag(Qt::ItemIsUserCheckable) == row.data(Qt::CheckStateRole).isNull())
         flags += 'c';
-    if (look != QList<int>{false, 38, QFont::Normal})
-        flags += look == QList<int>{true, 45, QFont::Bold} ? "*" : "?";
+    if (look != QList<int>{2, 38, QFont::Normal})
+        flags += look == QList<int>{1, 45, QFont::Bold} ? "*" : "?";
     return row.isSelected() ? flags + '!' : flags;
 }
 
@@ -255,6 +257,7 @@ private slots:
         QFile::remove(m_device->path(tree.first()));
         m_page->enterPage();
         QTRY_COMPARE(bar->maximum(), 0);
+        checkRows();
     }
 
     void clockGoes()
