@@ -27,7 +27,7 @@ int wholeSeconds(qint64 ns)
 
 } // namespace
 
-CPagePlayer::CPagePlayer(QWidget* parent) : QWidget(parent), m_nBarStaysUs(kBarStaysUs)
+CPagePlayer::CPagePlayer(QWidget* parent) : QWidget(parent)
 {
     placeInside(*parent);
     createSurface();
@@ -111,10 +111,9 @@ void CPagePlayer::enterPage()
 
 void CPagePlayer::leavePage()
 {
-    if (m_pHideTimer->isActive())
-        m_pHideTimer->stop();
+    m_pHideTimer->stop();
     stopPlayback();
-    showVideo(false);
+    showVideo(false); // or the page would come back black with labels, before any file plays
     CPlayerDatas::getInstance()->clearFiles();
     m_pPlayerControl->resetTime();
     m_pPlayerControl->raise();
@@ -175,7 +174,7 @@ void CPagePlayer::selectView(int view)
 
 void CPagePlayer::slotHidePagePlayerControl()
 {
-    if (currentTimeUs() - m_nLastEventTimeUs <= m_nBarStaysUs || !m_pPlayerControl->isVisible())
+    if (currentTimeUs() - m_nLastEventTimeUs <= kBarStaysUs || !m_pPlayerControl->isVisible())
         return;
     m_pPlayerControl->hideControl();
     m_pGLWndPlayer->raise();

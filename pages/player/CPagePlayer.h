@@ -6,8 +6,6 @@
 
 #include <QWidget>
 
-#include <utility>
-
 class CGLWndPlayer;
 class CPagePlayerControl;
 class CPlayback;
@@ -25,8 +23,6 @@ public:
     void enterPage(); // before the page is shown
     void leavePage(); // before it is hidden: stops playback and empties the play list
     void showPagePlayerControl();
-    // How long the bar stays after the last activity; gives what was set before. For tests.
-    qint64 setBarStaysUs(qint64 us) { return std::exchange(m_nBarStaysUs, us); }
 
 signals:
     void sgBackToPagePlayerList();
@@ -53,6 +49,8 @@ private slots:
     void slotCmdForward();
 
 private:
+    friend struct IdleTime; // of the tests, which do not wait for 10 s
+
     void placeInside(const QWidget& parent);
     void createSurface();
     void createControlBar();
@@ -73,5 +71,4 @@ private:
     QTimer* m_pHideTimer = nullptr;
     qint64 m_nLastEventTimeUs = 0;    // of currentTimeUs()
     CPlayback* m_pPlayback = nullptr; // child; null while no file is loaded
-    qint64 m_nBarStaysUs;             // the bar is hidden when more than this has passed
 };

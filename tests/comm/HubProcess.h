@@ -26,9 +26,12 @@ private:
 class Child
 {
 public:
-    Child(const QString& program, const QStringList& arguments)
+    Child(const QString& program, const QStringList& arguments, const QString& errorFile = {})
     {
-        m_process.setProcessChannelMode(QProcess::MergedChannels);
+        if (errorFile.isEmpty())
+            m_process.setProcessChannelMode(QProcess::MergedChannels);
+        else
+            m_process.setStandardErrorFile(errorFile);
         m_process.start(program, arguments);
     }
     ~Child() { end(SIGKILL); }

@@ -23,9 +23,16 @@
 #include <functional>
 #include <memory>
 
+// As if the user had been idle for longer.
+struct IdleTime
+{
+    static void pass(CPagePlayer* page, qint64 us) { page->m_nLastEventTimeUs -= us; }
+};
+
 namespace {
 
 const QColor kGrey(18, 18, 28);
+constexpr qint64 kBarStaysUs = 9999999;
 
 // What the program writes, from any thread.
 std::atomic<int> s_nEnds{0};
@@ -88,9 +95,8 @@ struct Window
     QColor colourAt(int x, int y) const { return surface->grabFramebuffer().pixelColor(x, y); }
     void hideBar() const
     {
-        page->setBarStaysUs(0);
-        QVERIFY(QTest::qWaitFor([&] { return bar->isHidden(); }, 3000)); // at the next tick
-        page->setBarStaysUs(3600LL * 1000000);
+        IdleTime::pass(page, kBarStaysUs + 1);
+        QTRY_VERIFY_WITH_TIMEOUT(bar->isHidden(), kLimitMs); // at the next tick
     }
 
     TestDevice device;
@@ -112,7 +118,28 @@ class tst_page_main : public QObject
 
 private slots:
     void init() { g_bTwoKeyMode = false; }
-    void emptyListPlaysNothingAndExits()
+
+    void preparesTheFirstPlaybackByItself()
+    {
+        const Window w({});
+        QTRY_VERIFY_WITH_TIMEOUT(dlopen("libgstlibav.so", RTLD_LAZY | RTLD_NOLOAD), kLimitMs);
+        QVERIFY(w.surface->isValid());
+    }
+
+    void emptyListPlaysNothing()
+    {
+        const Window w({});
+        QTRY_VERIFY(qobject_cast<QPushButton*>(QApplication::focusWidget())); // Exit
+        for (const Qt::Key key : {Qt::Key_Right, Qt::Key_Return, Qt::Key_3})  // Play
+            Window::key(key);
+        QVERIFY(w.page->isVisible());
+        QCOMPARE(w.colourAt(20, 20), kGrey);
+        QCOMPARE(w.surface->viewMode(), 0);
+        w.buttons[4]->click();
+        QVERIFY(w.onList());
+    }
+
+    void exitTellsTheDeviceOnceAndClosesFirst()
     {
         HubProcess hub;
         Window w({});
@@ -120,27 +147,23 @@ private slots:
         connect(w.main.get(), &CPageMain::sgAppExit,
                 [&] { exits << (w.main->isHidden() ? "closed" : "open"); });
         QTRY_VERIFY(qobject_cast<QPushButton*>(QApplication::focusWidget()));
-        // Made ready for the first playback.
-        QTRY_VERIFY_WITH_TIMEOUT(dlopen("libgstlibav.so", RTLD_LAZY | RTLD_NOLOAD), kLimitMs);
-        QVERIFY(w.surface->context());
-        for (const Qt::Key key : {Qt::Key_Right, Qt::Key_Return, Qt::Key_3}) // Play, with nothing
-            Window::key(key);
-        QVERIFY(w.page->isVisible());
-        QCOMPARE(w.colourAt(20, 20), kGrey);
-        QCOMPARE(w.surface->viewMode(), 0);
-        w.buttons[4]->click();
-        QVERIFY(w.onList());
-        hub.type("exit-request"); // which the device's other programs cannot force
-        QVERIFY(hub.waitFor("sent 1 of 1"));
-        QVERIFY(w.main->isVisible());
         Window::key(Qt::Key_Return);
-        w.main->slotExitApp(); // as an interrupt that meets it: the device is told once
+        w.main->slotExitApp(); // an interrupt may meet it
         QCOMPARE(exits.join(' '), QStringLiteral("closed closed"));
         CPlayerDatas::getInstance()->addFile("left over");
         w.main.reset();
         QVERIFY(CPlayerDatas::getInstance()->isEmpty());
-        QVERIFY(hub.waitFor("player left"));
         QCOMPARE(hub.endWhenPlayerLeft().count(kAppSwitch), 1);
+    }
+
+    void deviceCannotForceTheExit()
+    {
+        HubProcess hub;
+        const Window w({});
+        QVERIFY(hub.waitFor("connected"));
+        hub.type("exit-request");
+        QVERIFY(hub.waitFor("sent 1 of 1"));
+        QVERIFY(!QTest::qWaitFor([&] { return w.main->isHidden(); }, 300));
     }
 
     void playsMarkedFilesAndComesBack()
@@ -291,28 +314,27 @@ private slots:
         QCOMPARE(stops.count(), 0);
     }
 
-    // Time passes while no tick is heard; then the tick comes after the activity.
+    // While no tick is heard, 10 s pass; then comes the activity, then a tick.
     void activityKeepsTheBar()
     {
-        constexpr int kStaysMs = 300;
         const Window w({"long.mp4"});
         w.play();
-        QCOMPARE(w.page->setBarStaysUs(kStaysMs * 1000), 9999999); // 10 s
         const std::function<void()> activities[] = {
             [&] { w.key(Qt::Key_Left); },
             [&] { QTest::keyPress(w.page, Qt::Key_2); },
             [&] { QTest::keyRelease(w.page, Qt::Key_2); },
             [&] { QTest::mousePress(w.surface, Qt::LeftButton); },
             [&] { QTest::mouseRelease(w.surface, Qt::LeftButton); },
+            [&] { w.page->slotKeyEventUpdate(), IdleTime::pass(w.page, kBarStaysUs - 2000000); },
             [] {}};
         QString visible;
         for (const auto& act : activities) {
-            QThread::msleep(kStaysMs);
+            IdleTime::pass(w.page, kBarStaysUs + 1);
             act();
             w.page->slotHidePagePlayerControl();
             visible += w.bar->isVisible() ? 'v' : 'h';
         }
-        QCOMPARE(visible, QStringLiteral("vvvvvh"));
+        QCOMPARE(visible, QStringLiteral("vvvvvvh"));
     }
 
     void buttonsSeekAndStop()

@@ -71,8 +71,9 @@ int drawnIn(const QImage& picture, const QRect& area)
 // A hand-off on a thread of its own, as the engine makes it.
 struct HandOff
 {
-    HandOff(CGLWndPlayer* surface, int format, unsigned long phys, unsigned char* data)
-        : thread(QThread::create(CGLWndPlayer::OnVideoData, format, phys, data, kWidth, kHeight,
+    HandOff(CGLWndPlayer* surface, int format, unsigned long phys, unsigned char* data,
+            int height = kHeight)
+        : thread(QThread::create(CGLWndPlayer::OnVideoData, format, phys, data, kWidth, height,
                                  surface))
     {
         thread->start();
@@ -138,6 +139,15 @@ private slots:
         m_surface->setSwitch(view);
         QVERIFY(HandOff(m_surface, format, address, physical ? nullptr : frame.data()).ends());
         QTEST(shows(), "expected");
+    }
+
+    void nextFrameMayBeSmaller()
+    {
+        drawFrame();
+        Bytes white(kPixels * 3 / 4, 128);
+        std::fill(white.begin(), white.begin() + kPixels / 2, 235);
+        QVERIFY(HandOff(m_surface, 1, 0, white.data(), kHeight / 2).ends());
+        QCOMPARE(shows(), QStringLiteral("wwww"));
     }
 
     // One picture pixel is five wide here: what lies between two of them is a mixture, but at the
