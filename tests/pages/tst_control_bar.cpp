@@ -169,6 +169,8 @@ private slots:
         m_pBar->updatePlayingState(false, true);
         QCOMPARE(picture(m_vecButtons[0]->icon()), play);
         QCOMPARE(time(), QString("0 of 1000: 0:00:00/0:00:00"));
+        const auto styles = m_vecButtons[0]->findChildren<QStyle*>("", Qt::FindDirectChildrenOnly);
+        QCOMPARE(styles.size(), 1); // the earlier ones are gone
     }
 
     void looksAsDrawn()
