@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
-"""changing-folder.py BUILD_DIR [COUNT [SEED]]: chooses and plays a clip by keys COUNT (10) times, from SEED (1)
-on, while files and folders below the list come, go, change places and kinds. Each clip is of the
-colour that it is named after: any other one on the screen is a wrong file, black or grey is none. On
-the current display; needs ffmpeg.
+"""changing-folder.py BUILD_DIR [COUNT [SEED]]: plays a clip by keys COUNT (10) times while another thread
+adds, removes, moves and replaces the files and folders that the list shows; SEED (1) sets the order. Each
+clip has the colour of its name: another colour on the screen is a wrong file, black or grey is no
+picture. Runs on the current display and needs ffmpeg.
 """
 import collections
 import os
@@ -21,7 +21,7 @@ SPOT = "1x1+320+160"
 
 
 class Changes(threading.Thread):
-    """Whatever becomes of the files, a name never gets another colour."""
+    """Changes the files; a name keeps its colour."""
 
     def __init__(self, run, chance):
         super().__init__(daemon=True)
@@ -76,7 +76,7 @@ class Changes(threading.Thread):
             try:
                 self.chance.choice(ways)()
             except OSError:
-                pass  # nothing of that name just now
+                pass  # there is no file of that name now
             time.sleep(self.chance.uniform(0, 0.05))
 
 
@@ -87,7 +87,7 @@ def colour_shown():
 
 
 def watch(run, name, seconds, seen):
-    """Looks at the screen until then, or until the clip has ended."""
+    """Looks at the screen for that long, or until the clip ends."""
     end = time.monotonic() + seconds
     while time.monotonic() < end:
         shown = colour_shown()
@@ -99,7 +99,7 @@ def watch(run, name, seconds, seen):
 
 
 def play_one(run, chance, seen):
-    """From the list's first row; into the first folder and back now and then, which may be gone."""
+    """Starts at the first row. Sometimes enters the first folder, which may be gone, and returns."""
     folders, videos = run.rows()
     name = "nothing"
     if folders and chance.random() < 0.3:
@@ -117,7 +117,7 @@ def play_one(run, chance, seen):
 
 
 def go_back(run):
-    """From the first button of the bar over its left end to the last one, unless the clip has ended."""
+    """Left leads from the first button of the bar to the last one. The clip may end before that."""
     for _ in range(8):
         if not run.plays():
             return

@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
-"""odd-folders.py BUILD_DIR [COUNT [SEED]]: walks COUNT (10) folders made by chance, from SEED (1) on: names
-of any byte, links to anything, loops, FIFOs, sockets, devices, paths longer than PATH_MAX. Enters, marks
-and plays by keys. Each key must be answered, and no name may put a control character or a line of its
-own into the log. On the current display; needs ffmpeg. Devices only as root.
+"""odd-folders.py BUILD_DIR [COUNT [SEED]]: enters, marks and plays by keys what is in COUNT (10) folders of
+random content; SEED (1) sets it: names of any byte, links to anything, loops, FIFOs, sockets, devices,
+paths longer than PATH_MAX. The player must answer each key, and no name may put a control character or
+a line of its own into the log. Runs on the current display and needs ffmpeg; makes devices as root only.
 """
 import os
 import random
@@ -94,7 +94,7 @@ class Folder:
         os.mknod(path, stat.S_IFCHR, os.makedev(1, self.chance.choice((3, 5, 7))))
 
     def deep(self):
-        """Beyond PATH_MAX, which only relative paths reach."""
+        """Makes a path longer than PATH_MAX, in relative steps."""
         at = os.open(self.path, os.O_RDONLY)
         for _ in range(25):
             os.mkdir("0" * 200, dir_fd=at)
@@ -118,13 +118,13 @@ class Folder:
 
 
 class Walk:
-    """Keys on the list's page, from the root, whose only row is the folder, and back to it."""
+    """Starts and ends at the root, whose only row is the folder."""
 
     def __init__(self, run, chance):
         self.run, self.chance, self.depth = run, chance, 0
 
     def press(self, *keys, answer):
-        """Waits for one more line of the log that begins so."""
+        """Waits until the log has one more line with `answer`."""
         before = self.run.text().count(answer)
         self.run.act(*[word for key in keys for word in ("key", key)])
         session.until(lambda: self.run.text().count(answer) > before or not self.run.runs(),
