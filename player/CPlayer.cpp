@@ -154,7 +154,7 @@ void CPlayer::resume()
     const qint64 now = currentTimeUs();
     const qint64 position = queryPosition();
     m_nBaseTimeUs = position == kUnknown ? now : now - nanosecondsToUs(position);
-    gst_element_set_state(m_pPipeline, GST_STATE_PLAYING);
+    changeState(GST_STATE_PLAYING);
     m_bPause = false;
     emit sgSendPlayingState(m_bPlaying, false);
 }
@@ -162,9 +162,17 @@ void CPlayer::resume()
 void CPlayer::pause()
 {
     m_bAcceptSamples = false;
-    gst_element_set_state(m_pPipeline, GST_STATE_PAUSED);
+    changeState(GST_STATE_PAUSED);
     m_bPause = true;
     emit sgSendPlayingState(m_bPlaying, true);
+}
+
+// After a start that failed, playbin would start again beside its first threads and wait for them
+// for ever. Such a start can only be stopped.
+void CPlayer::changeState(GstState state)
+{
+    if (gst_element_get_state(m_pPipeline, nullptr, nullptr, 0) != GST_STATE_CHANGE_FAILURE)
+        gst_element_set_state(m_pPipeline, state);
 }
 
 void CPlayer::stop()

@@ -92,7 +92,8 @@ private:
     void printLine(const QString& text) const;                     // any thread; names the file
     void resume();
     void pause();
-    void seekTo(qint64 target); // ns; the store has been flushed
+    void changeState(GstState state); // not after a start that failed
+    void seekTo(qint64 target);       // ns; the store has been flushed
 
     void storeSample(GstSample* sample); // takes over the reference; releases it if not accepting
     qint64 firstSampleTime();            // us, -1: the store is empty
