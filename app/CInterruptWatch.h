@@ -13,7 +13,7 @@ public:
     explicit CInterruptWatch(int descriptor, QObject* parent = nullptr);
 
 signals:
-    // Once, however many interrupts arrived: the program leaves only once.
+    // Once, even for several interrupts: the program exits only once.
     void sgInterrupted();
 
 private slots:

@@ -47,6 +47,8 @@ void CPageMain::coverScreen()
 
 void CPageMain::createLink()
 {
+    // Its sgAppExit() stays unconnected on purpose: other programs may ask, but only the user
+    // exits.
     m_pInnerComm = new CInnerCommunication;
     m_pInnerComm->initInnerComm();
 }
@@ -84,8 +86,8 @@ void CPageMain::paintBlack()
     setPalette(colours);
 }
 
-// Without a window manager no one activates the window, and the keys would go to the widget that
-// asked for the focus last: a button of the player page's bar, which is hidden.
+// Without a window manager, no one activates the window. Keys would then go to the widget that
+// asked for the focus last: a button of the hidden control bar.
 void CPageMain::takeKeys()
 {
     activateWindow();
@@ -94,7 +96,7 @@ void CPageMain::takeKeys()
 
 void CPageMain::slotExitApp()
 {
-    // Two requests can meet in one pass of the event loop; the first one closes the window.
+    // Exit and an interrupt can come together. Only the first finds the window open.
     if (isVisible() && m_pInnerComm->isInited())
         m_pInnerComm->slotAppSwitch();
     close();

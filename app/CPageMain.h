@@ -1,5 +1,5 @@
 // The page manager: the one window. It holds the list page and the player page, shows one of them
-// at a time, and carries the program's exit. GUI thread only.
+// at a time, and runs the program's exit. GUI thread only.
 #pragma once
 
 #include <QWidget>
@@ -17,7 +17,7 @@ public:
     ~CPageMain() override;
 
 signals:
-    void sgAppExit(); // the window has been closed; end the event loop
+    void sgAppExit(); // after the window has closed; ends the event loop
 
 public slots:
     void slotExitApp(); // tells the device, closes the window, emits sgAppExit()

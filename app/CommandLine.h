@@ -1,6 +1,6 @@
 // The one command-line option: --twokeymode=on or --twokeymode=off.
 #pragma once
 
-// Sets g_bTwoKeyMode from the program name and the first argument, after the toolkit has taken its
-// own options out; later arguments are not looked at. Anything not understood changes nothing.
+// Sets g_bTwoKeyMode. Looks at argv[0] and argv[1] only, so call it after QApplication has removed
+// Qt's own options. An unknown argument changes nothing.
 void readCommandLine(int argc, char** argv);

@@ -1,9 +1,9 @@
-// Process-wide display settings made at start-up, on the GUI thread, after the application object
-// exists, but for the first, and before the first window.
+// Display settings of the process. Call them at start-up on the GUI thread, before the first
+// window; all but ignoreScreenDensity() need the QApplication.
 #pragma once
 
-// Before the application object: the toolkit's own sizes do not grow on a dense screen. Those of
-// the pages are fixed numbers of pixels, and buttons would be cut off.
+// Keeps Qt from enlarging its own sizes on a dense screen: the pages have fixed sizes in pixels,
+// and buttons would be cut off. Call it before QApplication is made.
 void ignoreScreenDensity();
 
 // Hides the pointer, reads the screen's size and loads the application font.
@@ -11,12 +11,11 @@ void setUpDisplay();
 
 void readScreenSize(); // into gScreenW and gScreenH
 
-// Makes the device's font the application font; without its file the toolkit's default stays.
+// Makes the device's font the application font. Without its file, Qt's default font stays.
 void loadApplicationFont();
 
 // Depth, stencil and samples of every OpenGL surface, adapted to the platform.
 void setDefaultSurfaceFormat();
 
-// False on a platform whose windows hold no OpenGL surface; the reason has then been printed. After
-// setDefaultSurfaceFormat().
+// False if Qt's platform has no OpenGL; then it prints so. Call it after setDefaultSurfaceFormat().
 bool canDrawWithOpenGl();

@@ -4,18 +4,17 @@
 
 namespace {
 
-// Frames are larger; what lives long is smaller.
+// Below frame size, above any long-lived allocation.
 constexpr int kMappedFromBytes = 256 * 1024;
 
 } // namespace
 
 void keepHeapSmall()
 {
-    // Every playback starts threads anew, and each of them would keep heap memory in an arena of
-    // its own: over some fifty playbacks that adds up to 20 MB.
+    // Each playback starts new threads. glibc gives threads arenas of their own and keeps their
+    // memory: 20 MB after fifty playbacks.
     mallopt(M_ARENA_MAX, 1);
-    // Once a frame has been freed, the C library would put the next ones on the heap, where what
-    // stays behind them keeps their memory from being given back: 7 MB more after fifty playbacks,
-    // and 50 MB more from the first on.
+    // After the first free of a frame, glibc puts later frames on the heap, where small blocks
+    // behind them keep it from shrinking: 50 MB more from the first playback on.
     mallopt(M_MMAP_THRESHOLD, kMappedFromBytes);
 }

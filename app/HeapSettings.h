@@ -1,4 +1,4 @@
-// How the C library keeps the memory that is not in use.
+// How glibc manages the heap.
 #pragma once
 
 // Keeps memory from growing with each playback. Call first, before threads are started.

@@ -16,14 +16,14 @@ namespace {
 
 std::array<int, 2> s_pipe = {-1, -1}; // made before the handler is installed, never closed
 
-// The result is not of interest: no one could be told of a failure from here.
+// Ignores the result: a signal handler can tell no one of a failure.
 void writeAll(int descriptor, const char* data, size_t size)
 {
     const ssize_t written = write(descriptor, data, size);
     static_cast<void>(written);
 }
 
-// In one write, and without printf, which a signal handler must not call.
+// Without printf(), which a signal handler must not call.
 void printSignal(int signo)
 {
     constexpr std::string_view kStart = "catch a signal no=";
@@ -36,7 +36,8 @@ void printSignal(int signo)
     writeAll(STDOUT_FILENO, line, static_cast<size_t>(at - line));
 }
 
-// How the calling thread treats SIGINT; threads that it starts inherit it.
+// Blocks or unblocks SIGINT for the calling thread. Threads inherit it from the one that starts
+// them.
 void maskInterrupt(int how)
 {
     sigset_t interrupt;

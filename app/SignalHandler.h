@@ -1,16 +1,16 @@
-// Process signals: SIGINT is announced and passed on through a pipe, SIGPIPE is ignored.
+// Process signals: SIGINT is printed and passed on through a pipe, SIGPIPE is ignored.
 #pragma once
 
-// Lets a SIGINT wait until the handlers are installed. Call first: it would end the program halfway
-// into its start.
+// Blocks SIGINT until the handlers are installed. Call it first: a SIGINT during the start would
+// kill the program.
 void holdInterrupts();
 
-// Installs the handlers and lets a SIGINT that waits through. False when SIGINT cannot be caught;
-// the reason has then been printed to standard output. Call once, before the first window.
+// Installs the handlers and unblocks SIGINT. Returns false if SIGINT cannot be caught, and prints
+// the reason to standard output. Call it once, before the first window.
 bool installSignalHandlers();
 
-// Reading end of the pipe; one byte arrives per SIGINT. CInterruptWatch listens to it.
+// The pipe's reading end, for CInterruptWatch. Each SIGINT writes one byte.
 int interruptDescriptor();
 
-// Signal context: prints the signal's number and writes to the pipe; nothing else is allowed there.
+// Signal context: prints the signal's number and writes to the pipe.
 void signalHandler(int signo);

@@ -15,7 +15,7 @@
 
 namespace {
 
-// The page manager lives exactly as long as the event loop and its teardown.
+// Runs the event loop and deletes the page manager after it, while the application still exists.
 int runPageManager(QApplication& app)
 {
     g_pPageMain = new CPageMain(nullptr);

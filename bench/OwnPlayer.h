@@ -1,5 +1,5 @@
-// The whole player in a measuring program's own process, with its own window, and what is asked of
-// the process. GUI thread. Needs a build with a DEVICE_ROOT.
+// The whole player inside a program that measures it, and what that program asks of its process.
+// GUI thread. Needs a build with a DEVICE_ROOT.
 #pragma once
 
 #include "app/CPageMain.h"
@@ -20,8 +20,8 @@
 #include <functional>
 #include <memory>
 
-// Sleeps between the events. The timer sees to it that there are some; processEvents() with a limit
-// would spin. It leaves alone what is to be deleted later, which only exec() would do.
+// Handles events for some time. The timer ends each wait; processEvents() with a time limit would
+// spin. Objects of deleteLater() stay, because only exec() deletes them.
 inline bool waitFor(const std::function<bool()>& condition, int limitMs)
 {
     constexpr int kTickMs = 10;
@@ -56,7 +56,7 @@ inline int entries(const char* folder)
     return QDir(folder).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::System).size();
 }
 
-// The player on a device whose only recordings are these files.
+// The player, with these files as its only recordings.
 class OwnPlayer
 {
 public:

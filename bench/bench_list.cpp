@@ -1,9 +1,7 @@
-// Measurements of a list of many recordings, in the whole program's window:
-//   bench_list COUNT    (200 or more) from the start to the list, a key, a mark, a tap, the return,
-//   standing still
-// The recordings are empty files in a temporary folder. CPU of the process, the painting included;
-// the medians and, for the keys, the longest wait for the picture. The debug lines go where stderr
-// goes. Needs a display and a build with a DEVICE_ROOT.
+// bench_list COUNT: measures the whole program with COUNT (200 or more) recordings in its list: the
+// start, a key, a mark, a tap, the return to the list, and standing still. The recordings are empty
+// files in a temporary folder. It prints medians and, for keys, the longest wait for the picture;
+// CPU is that of the process and includes painting. Needs a display and a build with a DEVICE_ROOT.
 #include "app/CPageMain.h"
 #include "app/DisplaySettings.h"
 #include "app/HeapSettings.h"
@@ -37,7 +35,7 @@ double cpuMs()
     return ms(usage.ru_utime) + ms(usage.ru_stime);
 }
 
-// Tells when the list has been painted, and lets the events run until then.
+// Runs the event loop until the list has been painted.
 class Painted : public QObject
 {
 public:

@@ -1,10 +1,10 @@
-// Measurements of the whole player, in its own process and with its own window:
+// Measures the whole player in this process, with its window:
 //   bench_player road FOLDER        plays every file of the folder from the list to its end
 //   bench_player pace FILE          how late the engine hands frames on and the surface shows them;
 //                                   a line for each frame: due, handed on, shown, in ms
 //   bench_player memory FILE        resident memory every ten seconds, and the peak
 //   bench_player stop FILE          how long stop, Back and the exit take while all frames are out
-// Needs a display and a build with a DEVICE_ROOT. bench/compare sets it beside other programs.
+// Needs a display and a build with a DEVICE_ROOT. bench/compare compares it with other programs.
 #include "app/DisplaySettings.h"
 #include "app/HeapSettings.h"
 #include "bench/OwnPlayer.h"
@@ -48,12 +48,12 @@ void road(const QString& folder)
     }
 }
 
-// When frames are due: their presentation times, noted on their way into the engine's sink under
-// the physical address by which the engine hands them on.
+// When frames are due: records each frame's presentation time at the engine's sink, by the physical
+// address that the engine hands on later.
 class DueTimes
 {
 public:
-    // Before the pipeline is set up: no sink of this process passes unseen.
+    // Make it before the pipeline, or it misses the pipeline's sink.
     DueTimes()
     {
         gst_init(nullptr, nullptr);
@@ -91,7 +91,7 @@ private:
     std::map<unsigned long, qint64> m_mapDue;
 };
 
-// Stands between engine and surface and notes each frame's times, in us since the start.
+// Sits between engine and surface and records each frame's times, in us since the start.
 class Pace
 {
 public:
@@ -109,7 +109,7 @@ public:
         pace->m_handedOn.push_back(currentTimeUs() - pace->start);
         return CGLWndPlayer::OnVideoData(format, phys, virt, width, height, pace->m_surface);
     }
-    void print() const; // when the engine is gone
+    void print() const; // after the engine is deleted
 
     qint64 start = 0;
 
@@ -118,9 +118,9 @@ private:
 
     CGLWndPlayer* m_surface;
     DueTimes m_dueTimes;
-    std::vector<qint64> m_due; // worker, as the next one
+    std::vector<qint64> m_due; // worker, as is the next one
     std::vector<qint64> m_handedOn;
-    std::vector<qint64> m_shown; // GUI thread: when the window's picture with the frame went out
+    std::vector<qint64> m_shown; // GUI thread: when Qt swapped the window's buffers
 };
 
 void Pace::print() const
@@ -146,7 +146,7 @@ void Pace::print() const
 void pace(const QString& file)
 {
     const OwnPlayer list({file});
-    pass(2000); // what the program does ahead, it does while the list stands
+    pass(2000); // for the program to prepare the first playback
     QWidget window;
     window.resize(QGuiApplication::primaryScreen()->size());
     CGLWndPlayer surface(&window);

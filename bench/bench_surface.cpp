@@ -1,11 +1,10 @@
-// What the toolkit alone takes for a full screen, 30 times a second: the floor for every player
-// that is built on it.
+// What Qt alone needs to draw a full screen 30 times a second: no player that uses it needs less.
 //   bench_surface window   a plain window, without OpenGL
 //   bench_surface clear    a QOpenGLWidget, cleared
 //   bench_surface draw     the same, drawing a 1080p texture with play.vert and play.frag
-//   bench_surface upload   the same, sending the texture anew each time
-//   bench_surface nap      no toolkit: sleeps for 10 ms at a time, as the engine's thread does
-// It ends by itself after 20 s. Yellow, as bench/compare looks for.
+//   bench_surface upload   the same, uploading the texture each time
+//   bench_surface nap      without Qt: sleeps for 10 ms at a time, as the engine's worker does
+// It ends after 20 s. It is yellow, because bench/compare looks for that.
 #include <QApplication>
 #include <QOpenGLFunctions>
 #include <QOpenGLShaderProgram>
@@ -91,7 +90,7 @@ private:
     GLuint m_texture = 0;
 };
 
-// Without multisampling, as the player is drawn where a processor does it.
+// Without multisampling, as the player has it on a software renderer.
 void askForEs()
 {
     QSurfaceFormat format;

@@ -20,7 +20,7 @@ constexpr quint32 kPhysUnused = 0xFFFFFFFF;     // tells the driver to map by vi
 constexpr quintptr kLogicalUnused = 0xFFFFFFC0; // tells it to map by physical address
 constexpr int kPlanes = 3;
 
-// How long a request to quit may go unseen by a waiting hand-off.
+// A waiting hand-off looks this often whether its thread is to quit.
 constexpr unsigned long kInterruptionPollMs = 20;
 
 constexpr int kFirstQuarter = 1;
@@ -77,7 +77,7 @@ void CGLWndPlayer::waitFrameDrawn()
 {
     while (m_bNewFrame && !QThread::currentThread()->isInterruptionRequested())
         m_pWaitCond->wait(m_pMutex, kInterruptionPollMs);
-    m_bNewFrame = false; // after an interruption: the frame's memory goes with this return
+    m_bNewFrame = false; // interrupted: the caller releases the frame now
 }
 
 void CGLWndPlayer::wakeFrameDrawn()
@@ -169,7 +169,7 @@ void CGLWndPlayer::copyFrame(int width, int height, const unsigned char* pVirtAd
     std::array<GLvoid*, kPlanes> planes = {};
     glTexDirectVIV(GL_TEXTURE_2D, width, height, m_eFrameFormat, planes.data());
     const size_t pixels = pixelsOf(width, height);
-    if (!planes[0]) // a size that the GPU refuses
+    if (!planes[0]) // the GPU refuses this size
         return;
     if (m_eFrameFormat == kFormatPacked16) {
         std::memcpy(planes[0], pVirtAddr, pixels * 2);
@@ -205,7 +205,7 @@ void CGLWndPlayer::drawViewLabel()
     drawLabel(m_nSwitch - kFirstQuarter, width() - kInset, height() - kInset, kLargeLabel);
 }
 
-// Each label stands in the corner of its view that is nearest to the centre.
+// Each label is in that corner of its view that is nearest to the centre.
 void CGLWndPlayer::drawCentreLabels()
 {
     const int left = width() / 2 - kLabelGap - kSmallLabel;
@@ -218,7 +218,7 @@ void CGLWndPlayer::drawCentreLabels()
     drawLabel(3, right, lower, kSmallLabel);
 }
 
-// x and y as GL counts them: from the lower left corner.
+// OpenGL counts x and y from the lower left corner.
 void CGLWndPlayer::drawLabel(int index, int x, int y, int size)
 {
     glViewport(x, y, size, size);

@@ -4,11 +4,10 @@
 // GUI thread      everything but OnVideoData()
 // engine worker   OnVideoData(): stores a frame and waits until paintGL() has drawn it
 //
-// Lock: m_pMutex guards the pending frame and m_bNewFrame, and m_pWaitCond belongs to it. It is
-// never held while drawing, nor together with a lock of the engine. At most one frame is pending.
-// The wait ends when the frame has been drawn, when wakeFrameDrawn() is called, when frames are
-// refused, or when the waiting QThread is asked to interrupt: its memory may be gone then, so the
-// frame is dropped.
+// Lock: m_pMutex guards the pending frame and m_bNewFrame; m_pWaitCond belongs to it. It is never
+// held while drawing, nor together with a lock of the engine. At most one frame is pending. The
+// worker's wait ends when the frame is drawn, by wakeFrameDrawn(), when frames are refused, or when
+// its QThread is asked to interrupt; then the frame is dropped, because its memory may go.
 //
 // The widget gets a new context when it moves to another window, and on eglfs when it is first
 // shown. GL objects belong to one context: we release them before it goes and make new ones. A
@@ -35,26 +34,25 @@ public:
     explicit CGLWndPlayer(QWidget* parent);
     ~CGLWndPlayer() override;
 
-    // The hand-off (a VideoDataCallback): pUserData is the surface. nFormat 0 is packed 16-bit,
-    // else NV12. nPhysAddr 0 means that only pVirtAddr is known, all ones that a copy is wanted.
-    // Returns 0 once the frame has been drawn or given up.
+    // The hand-off (a VideoDataCallback); pUserData is the surface. nFormat 0: packed 16-bit, else
+    // NV12. nPhysAddr 0: only pVirtAddr is known; all ones: copy the frame. Returns 0 after the
+    // frame has been drawn or dropped.
     static int OnVideoData(int nFormat, unsigned long nPhysAddr, unsigned char* pVirtAddr,
                            int nWidth, int nHeight, void* pUserData);
 
-    // View: 1 to 4 one quarter of the frame (front, rear, left, right), else the whole. Neither
-    // this nor a write to m_bVideo repaints; call update() when it should show at once.
+    // 1 to 4: one quarter of the frame (front, rear, left, right); else the whole frame. Does not
+    // repaint, and neither does a write to m_bVideo: call update() to show it at once.
     void setSwitch(const int& n);
     int viewMode() const { return m_nSwitch; }
 
-    void wakeFrameDrawn(); // ends a waiting hand-off; its frame counts as drawn
-    void forgetPicture();  // from the next paint to the next frame the picture is black
+    void wakeFrameDrawn(); // ends a waiting hand-off
+    void forgetPicture();  // the picture is black until the next frame
 
-    // While frames are refused, a hand-off ends at once and its frame is never drawn, one that is
-    // waiting too.
+    // While frames are refused, every hand-off returns at once, and its frame is not drawn.
     void refuseFrames(bool refuse);
 
-    // Makes the context and draws once while the surface has not been shown yet, so that the first
-    // picture need not wait for the driver's compilers. Takes 0.2 s on a software renderer.
+    // Makes the context and draws once while the surface is hidden, so that the first picture does
+    // not wait for the driver's compilers. Takes 0.2 s on a software renderer.
     void prepare();
 
 protected:
@@ -112,7 +110,7 @@ private:
     bool m_bRefuse = false;  // under m_pMutex
     bool m_bPicture = false; // GUI thread: the texture holds a frame that may be shown
 
-    // Places of the uniforms that change from paint to paint.
+    // Locations of the uniforms that paintGL() sets.
     int m_nSwitchUniform = -1;
     int m_nVideoUniform = -1;
     int m_nPositionUniform = -1;

@@ -1,4 +1,4 @@
-// CGLWndPlayer's GL objects: what is made once and released at the end.
+// CGLWndPlayer's GL objects: made once for each context, released before it goes.
 #include "render/CGLWndPlayer.h"
 
 #include <QCoreApplication>
@@ -26,8 +26,8 @@ constexpr int kVideoUnit = 0;
 constexpr int kLabelUnit = 1;
 constexpr int kDiscardBlack = 1;
 
-// A triangle strip over the whole viewport: x, y, z, s, t. t is 0 at the top edge, where row 0 of
-// a frame belongs.
+// A triangle strip over the whole viewport: x, y, z, s, t. t is 0 at the top, because row 0 of a
+// frame is its top row.
 constexpr GLfloat kQuad[] = {
     -1.0F, 1.0F,  0.0F, 0.0F, 0.0F, //
     -1.0F, -1.0F, 0.0F, 0.0F, 1.0F, //
@@ -45,8 +45,8 @@ QString readShader(const char* path)
     return QTextStream(&file).readAll();
 }
 
-// Links a program from two resources. A program that does not link draws nothing; its log is the
-// only trace.
+// Links a program from two resources. If that fails, it prints the log, and the program draws
+// nothing.
 QOpenGLShaderProgram* makeProgram(const char* vertex, const char* fragment, QObject* parent)
 {
     auto* program = new QOpenGLShaderProgram(parent);
@@ -156,14 +156,14 @@ void CGLWndPlayer::makeLabelTexture()
     m_pLabelTexture->setMagnificationFilter(QOpenGLTexture::Linear);
 }
 
-// eglfs makes a new context when the surface is first shown, so there it would be for nothing.
+// Not on eglfs, which makes a new context when the surface is first shown.
 void CGLWndPlayer::prepare()
 {
     if (isValid() || QGuiApplication::platformName() == QLatin1String("eglfs"))
         return;
-    QResizeEvent firstShow(size(), size()); // QOpenGLWidget makes its context when it gets one
+    QResizeEvent firstShow(size(), size()); // makes QOpenGLWidget create its context
     QCoreApplication::sendEvent(this, &firstShow);
-    m_bVideo = true; // with the labels, which have a program of their own
+    m_bVideo = true; // compiles the labels' program, too
     grabFramebuffer();
     m_bVideo = false;
 }

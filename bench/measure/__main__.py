@@ -41,7 +41,7 @@ def measured(screen, run, folder):
 
 
 def run_all(arguments):
-    """All rows, round after round: what disturbs the machine for a while disturbs them all."""
+    """All rows, round after round, so that a disturbance of the machine meets them all."""
     results, steps = {}, []
     with Screen() as screen:
         for turn in range(1, arguments.rounds + 1):

@@ -1,5 +1,5 @@
-"""What this player is compared with. Each function runs one program and returns its figures by the
-names of the table's columns; what it cannot tell it leaves out."""
+"""The programs that this player is compared with. Each function runs one and returns its figures, by
+column of the table; a figure that it cannot tell is missing."""
 
 import re
 

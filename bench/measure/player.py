@@ -52,7 +52,7 @@ class Player(Process):
         return answers
 
     def changes(self):
-        """What is seen from now on until the list is back: pairs of time and picture."""
+        """Pairs of time and picture, from now on until the list is back."""
         seen = [(time.monotonic(), "yellow")]
         while seen[-1][1] != "list":
             self.screen.wait(lambda colour: self.name(colour) != seen[-1][1])
@@ -75,7 +75,7 @@ def whole(screen, folder):
 
 
 def steps(screen):
-    """What the whole run does not show: name of each step, and its figure."""
+    """The figures that the whole run does not show, by the name of the step."""
     result = {}
     player = Player(screen, BUILD + "clips/short")
     answers = player.key_answers()
@@ -110,7 +110,7 @@ def naps():
 
 
 def between_files(seen):
-    """From pairs of time and what was seen from then on."""
+    """From pairs of time and picture."""
     gone = [after - at for (at, what), (after, then) in zip(seen, seen[1:])
             if what == "none" and then != "list"]
     pictures = [(at, what) for at, what in seen if what in ("yellow", "red")]

@@ -24,7 +24,7 @@ class Process:
         return cpu_of(self._pid)
 
     def load(self, seconds):
-        """CPU in percent of a core while nothing is asked of it."""
+        """CPU in percent of a core while it idles."""
         before, start = self.cpu(), time.monotonic()
         time.sleep(seconds)
         return 100 * (self.cpu() - before) / (time.monotonic() - start)

@@ -1,4 +1,4 @@
-"""What is written down: the machine, the tables in Markdown, and the plot."""
+"""The report: the machine, the tables in Markdown, and the plot."""
 
 import os
 import platform
@@ -22,7 +22,7 @@ def first_match(path, pattern):
 
 
 def machine():
-    """Lines about the machine as it is now: ask before anything is run."""
+    """Lines about the machine and its load: call it before anything runs."""
     model = first_match("/proc/cpuinfo", r"model name\s*: (.*)")
     memory = int(first_match("/proc/meminfo", r"MemTotal:\s*(\d+)")) / 2 ** 20
     versions = [f"{name} {output('dpkg-query', '-W', '-f', '${Version}', package)}"
@@ -80,7 +80,7 @@ def x_of(due):
 
 
 def y_of(late):
-    """Square roots: one millisecond can be seen beside a hundred."""
+    """Square roots, so that one millisecond can be seen beside a hundred."""
     part = (max(late, 0) / TICKS[-1]) ** 0.5
     return BOTTOM - min(part, 1) * (BOTTOM - TOP)
 

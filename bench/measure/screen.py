@@ -1,5 +1,5 @@
-"""A display of its own, seen one pixel at a time and worked by keys, as a person in front of it
-would: whatever a program says of itself, its picture is there when its colour is."""
+"""A display of its own, watched one pixel at a time and worked by keys. A picture counts as shown when
+its colour is there, whatever the program says."""
 
 import ctypes
 import os
@@ -61,7 +61,7 @@ class Screen:
         return pixel >> 16 & 255, pixel >> 8 & 255, pixel & 255
 
     def wait(self, seen, place=EYE, limit=30, every=_LOOK_EVERY):
-        """The time at which seen(colour of the place) became true."""
+        """The time at which seen(colour of the pixel) became true."""
         end = time.monotonic() + limit
         while not seen(self.colour(place)):
             if time.monotonic() > end:

@@ -8,7 +8,7 @@
 
 namespace {
 
-// With it the frame's picture ends where the button does.
+// With this inset, the frame's picture is as large as the button.
 constexpr int kFrameInset = kFocusFrameOverhang / 2;
 
 } // namespace
@@ -19,7 +19,7 @@ void CFrameButton::paintEvent(QPaintEvent* /*event*/)
     QStyleOptionButton button;
     initStyleOption(&button);
     const bool focused = button.state.testFlag(QStyle::State_HasFocus);
-    button.state &= ~QStyle::State_HasFocus; // or some styles draw a frame as well
+    button.state &= ~QStyle::State_HasFocus; // some styles draw a frame for it
     painter.drawControl(QStyle::CE_PushButton, button);
     if (!focused)
         return;

@@ -1,5 +1,5 @@
-// A push button that asks its style for the focus frame, once, whenever it has the focus. Qt's
-// styles differ here: some never ask for the frame of a flat button.
+// A push button that draws its style's focus frame whenever it has the focus. Some of Qt's styles
+// never draw one for a flat button.
 #pragma once
 
 #include <QPushButton>

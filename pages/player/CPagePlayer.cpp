@@ -38,7 +38,7 @@ CPagePlayer::CPagePlayer(QWidget* parent) : QWidget(parent)
     createHideTimer();
 }
 
-// The engine goes first: its worker hands frames to the surface.
+// Delete the engine first: its worker hands frames to the surface.
 CPagePlayer::~CPagePlayer()
 {
     delete m_pPlayer;
@@ -104,8 +104,8 @@ void CPagePlayer::enterPage()
     m_nLastEventTimeUs = currentTimeUs();
     m_pHideTimer->start();
     m_pPlayerControl->showControl();
-    // Showing the page does not repaint a surface that has been painted before: a hand-off that
-    // came in meanwhile would wait for ever. Queued, so that it comes after the page is shown.
+    // Qt does not repaint a surface when it is shown again, and a hand-off would wait for ever.
+    // Queued, because the page is shown after this call.
     QMetaObject::invokeMethod(m_pGLWndPlayer, "update", Qt::QueuedConnection);
 }
 
@@ -147,8 +147,8 @@ void CPagePlayer::beginPlayback()
     connect(m_pPlayback, SIGNAL(sgUpdateData()), this, SLOT(slotUpdateData()));
 }
 
-// Nothing of a stopped file may touch the next one: neither what it has reported, nor the frame
-// that waits to be drawn or is on its way there, nor the picture that it leaves.
+// Drops everything of the stopped file, so that nothing of it reaches the next one: its queued
+// reports, the frame that waits to be drawn or is on its way, and its last picture.
 void CPagePlayer::stopPlayback()
 {
     if (m_pPlayback)
@@ -178,7 +178,7 @@ void CPagePlayer::slotHidePagePlayerControl()
         return;
     m_pPlayerControl->hideControl();
     m_pGLWndPlayer->raise();
-    // A hidden button would keep the focus and act on Space; here a key only shows the bar again.
+    // Otherwise the hidden button keeps the focus and acts on Space.
     setFocus(Qt::OtherFocusReason);
 }
 
@@ -210,7 +210,7 @@ void CPagePlayer::slotKeyEventUpdate()
 
 void CPagePlayer::slotPrepare()
 {
-    m_pGLWndPlayer->prepare(); // first: making a context waits while a library is loaded
+    m_pGLWndPlayer->prepare(); // before: while plugins load, making a context has to wait
     m_pPlayer->loadAhead();
 }
 

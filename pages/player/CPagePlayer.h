@@ -1,7 +1,7 @@
 // The page on which video is watched: the video surface over its whole area, the control bar over
-// the bottom of it, and the engine. It walks the play list, hides the bar when no one is active,
-// and lets the user choose a view by digit keys or taps. GUI thread only; the engine's signals from
-// other threads arrive queued.
+// the bottom of it, and the engine. It plays the play list file by file, hides the bar after 10 s
+// without activity, and lets the user choose a view by digit keys or taps. GUI thread only;
+// CPlayback says why the engine's signals arrive queued.
 #pragma once
 
 #include <QWidget>

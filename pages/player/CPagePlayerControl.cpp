@@ -73,8 +73,8 @@ QHBoxLayout* CPagePlayerControl::createButtonRow()
 
 void CPagePlayerControl::initButton(QPushButton* button, const QString& iconPath, QSize iconSize)
 {
-    // By way of a pixmap, which the toolkit reads once: an icon of the path would leave one more
-    // scaled picture in its cache with every playback.
+    // QPixmap caches the file. A QIcon of the path would add a scaled picture to Qt's cache with
+    // each playback.
     button->setIcon(QIcon(QPixmap(iconPath)));
     button->setIconSize(iconSize);
     button->setFlat(true);
@@ -159,7 +159,7 @@ void CPagePlayerControl::setPosition(int seconds)
     m_pTimeLabel->setText(formatTime(seconds) + QLatin1Char('/') + m_strDuration);
 }
 
-// The first button shows what a click on it would do.
+// The first button shows what a click on it does.
 void CPagePlayerControl::updatePlayingState(bool bPlaying, bool bPause)
 {
     const char* icon = bPlaying && !bPause ? kPauseIcon : kPlayIcon;

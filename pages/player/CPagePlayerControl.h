@@ -1,6 +1,6 @@
 // The control bar over the bottom of the video: a progress slider and, below it, five icon buttons
-// and a time label. It turns clicks into command signals, drives its buttons by keys while it is
-// visible, and shows what its page tells it about time and playing state. GUI thread only.
+// and a time label. It turns clicks into command signals, moves the focus and presses buttons
+// by keys, and shows the time and playing state that its page gives it. GUI thread only.
 #pragma once
 
 #include <QSize>
@@ -23,17 +23,17 @@ public:
 
     bool eventFilter(QObject* watched, QEvent* event) override; // of the five buttons
 
-    void showControl(); // on top, and the button that had the focus has it again
+    void showControl(); // on top; the focus goes back to the button that had it
     void hideControl();
 
     QString formatTime(int seconds) const; // "mm:ss", or "hh:mm:ss" from one hour on
     void resetTime();
-    void setDuration(int seconds); // cheap when the duration is the one already shown
+    void setDuration(int seconds); // does nothing if it is shown already
     void setPosition(int seconds); // ignored unless it lies between 0 and the duration
     void updatePlayingState(bool bPlaying, bool bPause);
 
 signals:
-    void sgKeyEventUpdate(); // a key was consumed; the user is active
+    void sgKeyEventUpdate(); // the bar consumed a key, so the user is active
     void sgCmdPlay();
     void sgCmdStop();
     void sgCmdForward();

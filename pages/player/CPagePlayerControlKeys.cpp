@@ -1,4 +1,4 @@
-// CPagePlayerControl's keys and the memory of its focus.
+// CPagePlayerControl's keys, and which button gets the focus back.
 #include "pages/player/CPagePlayerControl.h"
 
 #include "common/KeyTable.h"
@@ -46,7 +46,7 @@ void CPagePlayerControl::perform(ControlAction action, int index)
     }
 }
 
-// `index` may lie one beyond either end of the row.
+// `index` may be one before the first or after the last button.
 void CPagePlayerControl::focusButton(int index, bool next)
 {
     const int count = m_vecButtons.size();

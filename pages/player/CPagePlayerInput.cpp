@@ -16,7 +16,7 @@ constexpr int kUpperRight = 2;
 constexpr int kLowerLeft = 3;
 constexpr int kLowerRight = 4;
 
-// View of each digit key; the digits behind the last quarter show the whole picture, as 0 does.
+// The view of each digit key. 0 and 5 to 9 show the whole picture.
 constexpr int kViewOfDigit[] = {kWholePicture, kUpperLeft,    kUpperRight,   kLowerLeft,
                                 kLowerRight,   kWholePicture, kWholePicture, kWholePicture,
                                 kWholePicture, kWholePicture};

@@ -4,7 +4,7 @@
 #include <QEvent>
 
 enum class ControlAction {
-    Nothing, // the key is consumed all the same
+    Nothing, // consumes the key
     FocusPrevious,
     FocusNext,
     Activate,
@@ -13,5 +13,5 @@ enum class ControlAction {
 // Null: the key is not the bar's. `type` is KeyPress or KeyRelease.
 const ControlAction* controlAction(bool twoKeyMode, QEvent::Type type, int key);
 
-// Whether a key that the bar consumes, whatever its action, shows that the user is active.
+// Whether keys that the bar consumes keep it visible.
 bool consumedKeysAreActivity(bool twoKeyMode);
