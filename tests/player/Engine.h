@@ -1,4 +1,4 @@
-// The engine with everything it hands on and reports.
+// The engine, and a record of everything it hands on and reports.
 #pragma once
 
 #include "player/CPlayer.h"
@@ -19,8 +19,8 @@ inline QByteArray clip(const QString& name)
     return QFile::encodeName(QDir(QStringLiteral(CLIP_DIR)).absoluteFilePath(name));
 }
 
-// The signals come from several threads; with this object as context they are counted on the test's
-// own.
+// The signals come from several threads. This object is their context, so the test's thread counts
+// them.
 struct Engine : QObject
 {
     Engine()
@@ -35,8 +35,7 @@ struct Engine : QObject
         player->initPipeline();
     }
 
-    // Keeps the worker waiting from the frame on that it is told, as a surface does that is never
-    // painted.
+    // From frame `holdFrom` on, keeps the worker waiting, as a surface does that is never painted.
     static int receive(int format, unsigned long phys, unsigned char* virt, int width, int height,
                        void* user)
     {

@@ -1,6 +1,6 @@
-// The engine on a platform that this test makes: it sees the pipeline and what goes to its sink,
-// and delays, drops or changes that; its frames come back only when they are released, whatever
-// state the pipeline goes to.
+// The engine on a platform of the test's own, which sees the pipeline, and delays, drops or changes
+// what goes to the sink. Its frames come back only when they are released, whatever the pipeline's
+// state.
 #include "player/EngineClock.h"
 #include "tests/Rows.h"
 #include "tests/player/Engine.h"
@@ -17,19 +17,19 @@ namespace {
 constexpr int kFrames = 3;    // fewer than the frame exporter has
 constexpr int kLastFrame = 5; // of odd.avi
 
-// How a test wants its platform: what is done to each buffer or event at the sink. One of both is
-// null; false drops it.
+// What the platform does to each buffer or event at the sink. One of the two is null; false drops
+// the other.
 std::function<bool(GstBuffer*&, GstEvent*)> s_pass;
-std::function<void()> s_beforeSample; // the engine's own handler comes after it
+std::function<void()> s_beforeSample; // called before the engine's own handler
 bool s_bPhysical = true;
 
 GstElement* s_pPlaybin = nullptr;
 QSemaphore s_free(kFrames);
-std::atomic<bool> s_bWaits{false}; // for a frame
+std::atomic<bool> s_bWaits{false}; // the decoder waits for a frame
 std::atomic<int> s_nBuffers{0};
 std::atomic<int> s_nFreed{0};
 
-// What a decoder's buffer takes along goes when the buffer comes back to the decoder.
+// The token is released with the buffer, and then the decoder may reuse the frame.
 bool takeFrame(GstBuffer*& buffer, GstEvent*)
 {
     if (!buffer)
@@ -90,7 +90,7 @@ QByteArray exported(const char* capsText, GstBuffer* buffer)
     return bytes;
 }
 
-// What decodebin plugs in does not follow its state yet.
+// decodebin locks the state of an element while it plugs it in.
 void complain(GstBin*, GstBin*, GstElement* element, gpointer)
 {
     if (gst_element_is_locked_state(element) && ++s_nBuffers)
@@ -186,7 +186,7 @@ private slots:
         QCOMPARE(e.errors, 0);
     }
 
-    // decodebin tries the next element then.
+    // decodebin tries the next element instead.
     void anElementThatDoesNotFitIsNoError()
     {
         Engine e;
@@ -228,7 +228,7 @@ private slots:
         QCOMPARE(e.errors, 0);
     }
 
-    // Nobody will show it, so nobody need wait for it.
+    // Nobody shows a refused frame, so the end must not wait for it.
     void endComesAtOnceAfterARefusedFrame()
     {
         QSemaphore last;
@@ -250,7 +250,8 @@ private slots:
         QVERIFY(e.frames < kLastFrame);
     }
 
-    // Paused, so that the position stands; past the end to one second before it, or to the start.
+    // Paused, so that the position stands still. A seek past the end goes to one second before it,
+    // or to the start of a shorter clip.
     void seeksToTheNanosecond()
     {
         QCOMPARE(nanosecondsToUs(1600), 2); // rounded
@@ -292,14 +293,14 @@ private slots:
         Engine e;
         e.player->playFile(clip("odd.avi"));
         QTRY_COMPARE_WITH_TIMEOUT(s_nBuffers.load(), kLastFrame, kLimitMs);
-        QTest::qWait(100); // the worker lies down
+        QTest::qWait(100); // the worker goes to sleep
         QElapsedTimer clock;
         clock.start();
         e.player.reset();
         QVERIFY2(clock.elapsed() < 3000, qPrintable(QString::number(clock.elapsed())));
     }
 
-    // Nor is one frame of two that are due at the same time, and one without a time is due at once.
+    // Of two frames with one time, only one is taken; a frame without a time is due at once.
     void framesElsewhereAreNotHandedOn()
     {
         s_bPhysical = false;
@@ -321,8 +322,8 @@ private slots:
         QCOMPARE(e.frames.load(), 0);
     }
 
-    // Four by two pixels of an NV12 frame of eight by four, whose bytes are numbered; what says
-    // more than that is not read.
+    // The exporter takes four by two pixels of an NV12 frame of eight by four with numbered bytes.
+    // It refuses what would be outside the buffer.
     void readsTheFramesOwnBytesOnly_data()
     {
         columns<int, gint, gsize, guint, QByteArray>(
