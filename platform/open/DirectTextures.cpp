@@ -105,13 +105,15 @@ void DirectTextures::giveStorage(GLenum target, Source& source)
 
 void DirectTextures::show(GLenum target, const Source& source, PhysFrame& frame)
 {
-    if (frame.draw(boundTexture(target), source.width, source.height))
-        return;
     Picture picture;
-    if (frame.map(source.width, source.height, source.format, &picture)) {
+    if (!frame.draw(boundTexture(target), source.width, source.height) &&
+        frame.map(source.width, source.height, source.format, &picture)) {
         m_Upload.upload(target, picture);
         frame.unmap();
     }
+    if (frame.stream() != m_nStream)
+        qDebug("frames: %s", frame.way().c_str());
+    m_nStream = frame.stream();
 }
 
 void glTexDirectVIV(GLenum target, GLsizei width, GLsizei height, GLenum format, GLvoid** planes)

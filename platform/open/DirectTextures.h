@@ -50,4 +50,5 @@ private:
 
     std::map<GLuint, Source> m_mapSources; // by texture name
     FrameUpload m_Upload;
+    int m_nStream = 0; // of the last frame
 };

@@ -6,10 +6,14 @@
 #include "platform/open/TimestampRepair.h"
 #include "platform/open/copied/BlockStore.h"
 #include "platform/open/copied/FrameCopy.h"
+#include "platform/open/imported/DmabufFrame.h"
 
 #include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <memory>
+
+#include <QtGlobal>
 
 #include <gst/base/gstbasetransform.h>
 #include <gst/video/video.h>
@@ -42,6 +46,7 @@ struct ExporterState
     Colours colours;        // the same
     std::shared_ptr<BlockStore> blocks;
     GstClockTime stay = 0; // of the last frame
+    int stream = 0;        // a number for each file
 };
 
 } // namespace
@@ -129,16 +134,34 @@ gboolean setCaps(GstBaseTransform* base, GstCaps* in, GstCaps*)
     return TRUE;
 }
 
-gboolean stop(GstBaseTransform* base)
+gboolean start(GstBaseTransform* base)
 {
-    stateOf(base).blocks = nullptr;
+    static std::atomic<int> s_nStreams{0};
+    stateOf(base).stream = ++s_nStreams;
     return TRUE;
 }
 
-// Decoders may then write frames with gaps between the rows; they are read by their video meta.
+// The numbers are those since the start of the program.
+gboolean stop(GstBaseTransform* base)
+{
+    stateOf(base).blocks = nullptr;
+    const FrameCounters& counters = frameCounters();
+    qDebug("frames: %u exported, %u uploaded, %u buffers imported", counters.framesExported.load(),
+           counters.uploads.load(), counters.imports.load());
+    return TRUE;
+}
+
+// Decoders may then write frames with gaps between the rows, which are read by their video meta. A
+// decoder with a pool of its own needs as many frames more as stay out uncopied, or it stalls.
 gboolean proposeAllocation(GstBaseTransform*, GstQuery*, GstQuery* query)
 {
     gst_query_add_allocation_meta(query, GST_VIDEO_META_API_TYPE, nullptr);
+    GstCaps* caps = nullptr;
+    GstVideoInfo info;
+    gst_query_parse_allocation(query, &caps, nullptr);
+    if (caps && gst_video_info_from_caps(&info, caps))
+        gst_query_add_allocation_pool(query, nullptr, static_cast<guint>(info.size),
+                                      FramePool::kFrames, 0);
     return TRUE;
 }
 
@@ -171,23 +194,11 @@ void setTimes(GstBaseTransform* base, GstBuffer* in, GstBuffer* out)
     state.stay = std::min(duration, kLongestStay);
 }
 
-// Null: the element has posted an error.
-std::shared_ptr<PhysBlock> copiedFrame(GstBaseTransform* base, GstBuffer* in)
+std::shared_ptr<PhysBlock> copiedFrame(ExporterState& state, GstBuffer* in,
+                                       const FrameLayout& layout)
 {
-    ExporterState& state = stateOf(base);
     auto block = state.blocks->take();
-    if (!block) {
-        GST_ELEMENT_ERROR(base, RESOURCE, NO_SPACE_LEFT, ("No memory for a frame"), (nullptr));
-        return nullptr;
-    }
-    const auto layout = frameLayoutOf(in, state.info);
-    if (!layout || !copyAsTightNv12(in, *layout, block->data())) {
-        GST_ELEMENT_ERROR(base, STREAM, FORMAT, ("A decoded frame is not what its caps say"),
-                          (nullptr));
-        return nullptr;
-    }
-    block->setColours(state.colours);
-    return block;
+    return block && copyAsTightNv12(in, layout, block->data()) ? block : nullptr;
 }
 
 // Expressly, because GStreamer's own layout has other strides for most widths.
@@ -201,18 +212,43 @@ void describeTightNv12(GstBuffer* buffer, const GstVideoInfo& picture)
                                    height, 2, offsets, strides);
 }
 
+GstBuffer* newBuffer(ExporterState& state, const std::shared_ptr<PhysFrame>& frame, size_t size)
+{
+    frame->setStream(state.stream);
+    frame->setColours(state.colours);
+    GstBuffer* buffer = gst_buffer_new();
+    gst_buffer_append_memory(buffer, state.pool->handOut(frame, size));
+    return buffer;
+}
+
+// Null: the frame cannot be read.
+GstBuffer* exported(ExporterState& state, GstBuffer* in)
+{
+    const auto layout = frameLayoutOf(in, state.info);
+    if (!layout)
+        return nullptr;
+    if (const auto frame = DmabufFrame::make(in, *layout))
+        return newBuffer(state, frame, 1);
+    const auto block = copiedFrame(state, in, *layout);
+    if (!block)
+        return nullptr;
+    GstBuffer* buffer = newBuffer(state, block, block->size());
+    describeTightNv12(buffer, state.info);
+    return buffer;
+}
+
 GstFlowReturn prepareOutputBuffer(GstBaseTransform* base, GstBuffer* in, GstBuffer** out)
 {
     ExporterState& state = stateOf(base);
     if (!state.pool->waitForRoom())
         return GST_FLOW_FLUSHING;
-    const auto frame = copiedFrame(base, in);
-    if (!frame)
+    *out = exported(state, in);
+    if (!*out) {
+        GST_ELEMENT_ERROR(base, STREAM, FORMAT, ("A decoded frame is not what its caps say"),
+                          (nullptr));
         return GST_FLOW_ERROR;
-    *out = gst_buffer_new();
-    gst_buffer_append_memory(*out, state.pool->handOut(frame, frame->size()));
+    }
     gst_buffer_copy_into(*out, in, GST_BUFFER_COPY_FLAGS, 0, -1);
-    describeTightNv12(*out, state.info);
     setTimes(base, in, *out);
     ++frameCounters().framesExported;
     return GST_FLOW_OK;
@@ -318,6 +354,7 @@ static void quadplayer_frame_exporter_class_init(QuadplayerFrameExporterClass* k
     klass->base.decide_allocation = decideAllocation;
     klass->base.prepare_output_buffer = prepareOutputBuffer;
     klass->base.transform = keepOutput;
+    klass->base.start = start;
     klass->base.stop = stop;
     klass->base.sink_event = sinkEvent;
 }

@@ -9,6 +9,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
 
 class PhysFrame : public std::enable_shared_from_this<PhysFrame>
 {
@@ -24,6 +25,8 @@ public:
     PhyMemBlock* descriptor() { return &m_Descriptor; }
     const Colours& colours() const { return m_Colours; }
     void setColours(const Colours& colours) { m_Colours = colours; }
+    int stream() const { return m_nStream; } // the same for all frames of a file
+    void setStream(int stream) { m_nStream = stream; }
 
     // Thread of the current context. Draws the frame into `texture`, which is bound to
     // GL_TEXTURE_2D and has RGBA storage of this size. False: its pixels have to be uploaded.
@@ -33,6 +36,9 @@ public:
     virtual bool map(int width, int height, GLenum format, Picture* picture) = 0;
     virtual void unmap() {}
 
+    // How it got into the texture, and why so, for the debug output.
+    virtual std::string way() const = 0;
+
 protected:
     // `vaddr` is what users of the buffer library see as its virtual address; never null.
     explicit PhysFrame(unsigned char* vaddr);
@@ -40,4 +46,5 @@ protected:
 private:
     PhyMemBlock m_Descriptor;
     Colours m_Colours;
+    int m_nStream = 0;
 };

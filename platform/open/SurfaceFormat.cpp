@@ -1,19 +1,14 @@
 #include "platform/SurfaceFormat.h"
 
+#include "platform/open/SoftwareRenderer.h"
+
 #include <QByteArray>
 #include <QDir>
 #include <QOffscreenSurface>
 #include <QOpenGLContext>
 #include <QOpenGLFunctions>
 
-#include <algorithm>
-#include <array>
-
 namespace {
-
-// Parts of the names under which renderers without a GPU are known.
-constexpr std::array<const char*, 4> kSoftwareRenderers = {"llvmpipe", "softpipe", "swrast",
-                                                           "SwiftShader"};
 
 // Asking the renderer takes 4 ms of the start, and without a graphics device it is a software one.
 bool hasGraphicsDevice()
@@ -36,12 +31,6 @@ QByteArray rendererName(const QSurfaceFormat& format)
     return name;
 }
 
-bool isSoftware(const QByteArray& renderer)
-{
-    return std::any_of(kSoftwareRenderers.begin(), kSoftwareRenderers.end(),
-                       [&](const char* name) { return renderer.contains(name); });
-}
-
 // We never use samples, depth or stencil. On a software renderer, samples cost more than half of
 // the frame time, depth and stencil as much memory as the screen's picture.
 QSurfaceFormat withoutExtras(QSurfaceFormat format)
@@ -61,6 +50,6 @@ QSurfaceFormat adaptPlatformSurfaceFormat(const QSurfaceFormat& format)
     adapted.setVersion(2, 0);
     QSurfaceFormat probe = adapted;
     probe.setSamples(0);
-    return hasGraphicsDevice() && !isSoftware(rendererName(probe)) ? adapted
-                                                                   : withoutExtras(adapted);
+    return hasGraphicsDevice() && !isSoftwareRenderer(rendererName(probe)) ? adapted
+                                                                           : withoutExtras(adapted);
 }

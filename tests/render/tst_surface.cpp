@@ -2,6 +2,7 @@
 #include "platform/SurfaceFormat.h"
 #include "platform/open/FrameCounters.h"
 #include "platform/open/copied/PhysBlock.h"
+#include "platform/open/imported/DmabufFrame.h"
 #include "player/CPlayer.h"
 #include "render/CGLWndPlayer.h"
 #include "tests/Rows.h"
@@ -10,6 +11,10 @@
 
 #include <memory>
 #include <vector>
+
+#include <gst/allocators/gstdmabuf.h>
+#include <sys/mman.h>
+#include <unistd.h>
 
 namespace {
 
@@ -37,6 +42,41 @@ Bytes frameOf(int format)
         frame[packed ? at * 2 + 1 : kPixels + y / 2 * kWidth + x] = yuv[1 + x % 2];
     }
     return frame;
+}
+
+// The NV12 frame as an open decoder delivers it: in DMABUFs, with padded rows. A descriptor of
+// memory has all of a DMABUF that is needed where EGL cannot import it.
+std::shared_ptr<PhysFrame> dmabufFrameOf(const Bytes& frame, bool oneForEachPlane)
+{
+    constexpr int kStride = kWidth + 32;
+    const int rows[] = {kHeight, kHeight / 2};
+    GstAllocator* allocator = gst_dmabuf_allocator_new();
+    GstBuffer* buffer = gst_buffer_new();
+    const unsigned char* from = frame.data();
+    int fd = -1;
+    for (int plane = 0; plane < 2; ++plane) {
+        if (plane == 0 || oneForEachPlane)
+            fd = memfd_create("plane", MFD_CLOEXEC);
+        for (int y = 0; y < rows[plane]; ++y, from += kWidth)
+            if (write(fd, from, kWidth) + lseek(fd, kStride - kWidth, SEEK_CUR) < kWidth)
+                return nullptr;
+        if (plane == 1 || oneForEachPlane) {
+            const off_t bytes = lseek(fd, 0, SEEK_CUR);
+            if (ftruncate(fd, bytes) == 0)
+                gst_buffer_append_memory(buffer, gst_dmabuf_allocator_alloc(allocator, fd, bytes));
+        }
+    }
+    gst_object_unref(allocator);
+    gsize offsets[GST_VIDEO_MAX_PLANES] = {0, kStride * kHeight};
+    gint strides[GST_VIDEO_MAX_PLANES] = {kStride, kStride};
+    gst_buffer_add_video_meta_full(buffer, GST_VIDEO_FRAME_FLAG_NONE, GST_VIDEO_FORMAT_NV12, kWidth,
+                                   kHeight, 2, offsets, strides);
+    GstVideoInfo info;
+    gst_video_info_set_format(&info, GST_VIDEO_FORMAT_NV12, kWidth, kHeight);
+    std::shared_ptr<PhysFrame> wrapped = DmabufFrame::make(buffer, *frameLayoutOf(buffer, info));
+    gst_buffer_unref(buffer);
+    wrapped->setStream(1);
+    return wrapped;
 }
 
 // Which label, white on black, fills the area; -1: none. Another one, or another size, is at least
@@ -100,6 +140,7 @@ class tst_surface : public QObject
 private slots:
     void initTestCase()
     {
+        gst_init(nullptr, nullptr);
         QCOMPARE(QDir(":/image").entryList().size(), 26);
         QSurfaceFormat::setDefaultFormat(adaptPlatformSurfaceFormat(QSurfaceFormat()));
     }
@@ -125,6 +166,8 @@ private slots:
         for (const int format : {0, 1, 7})
             for (const char* path : {"physical", "virtual", "copy"})
                 QTest::addRow("format %d, %s", format, path) << format << path << 0 << letters[0];
+        for (const char* path : {"DMABUF", "DMABUFs"})
+            QTest::addRow("%s", path) << 1 << path << 0 << letters[0];
     }
     void drawsEachView()
     {
@@ -134,8 +177,13 @@ private slots:
         Bytes frame = frameOf(format);
         const auto block = PhysBlock::make(frame.size());
         std::copy(frame.begin(), frame.end(), block->data());
-        const bool physical = path == "physical";
-        const unsigned long address = physical ? block->physical() : path == "copy" ? kCopy : 0;
+        std::shared_ptr<PhysFrame> found = block;
+        if (path.startsWith("DMABUF")) {
+            found = dmabufFrameOf(frame, path == "DMABUFs");
+            QTest::ignoreMessage(QtDebugMsg, "frames: copied (no EGL)");
+        }
+        const bool physical = path != "virtual" && path != "copy";
+        const unsigned long address = physical ? found->physical() : path == "copy" ? kCopy : 0;
         m_surface->setSwitch(view);
         QVERIFY(HandOff(m_surface, format, address, physical ? nullptr : frame.data()).ends());
         QTEST(shows(), "expected");

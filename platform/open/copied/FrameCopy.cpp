@@ -1,43 +1,12 @@
 #include "platform/open/copied/FrameCopy.h"
 
+#include "platform/open/MappedPlane.h"
+
 #include <cstring>
 
 #include <libyuv.h>
 
 namespace {
-
-// One plane, mapped for reading. Not gst_video_frame_map(): it takes its sizes from the video meta.
-class MappedPlane
-{
-public:
-    MappedPlane(GstBuffer* buffer, const FrameLayout::Plane& plane)
-        : m_pBuffer(buffer), m_nStride(plane.stride)
-    {
-        guint first = 0;
-        guint count = 0;
-        m_bMapped =
-            plane.bytes > 0 &&
-            gst_buffer_find_memory(buffer, plane.offset, plane.bytes, &first, &count, &m_nSkip) &&
-            gst_buffer_map_range(buffer, first, static_cast<gint>(count), &m_Map, GST_MAP_READ);
-    }
-    ~MappedPlane()
-    {
-        if (m_bMapped)
-            gst_buffer_unmap(m_pBuffer, &m_Map);
-    }
-    MappedPlane(const MappedPlane&) = delete;
-    MappedPlane& operator=(const MappedPlane&) = delete;
-
-    const uint8_t* data() const { return m_bMapped ? m_Map.data + m_nSkip : nullptr; }
-    int stride() const { return m_nStride; }
-
-private:
-    GstBuffer* const m_pBuffer;
-    const int m_nStride;
-    GstMapInfo m_Map;
-    gsize m_nSkip = 0;
-    bool m_bMapped = false;
-};
 
 // Colours need no repeating: a picture of odd size has half of them, rounded up.
 void repeatLumaEdges(unsigned char* luma, int width, int height)

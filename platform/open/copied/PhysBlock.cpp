@@ -32,3 +32,8 @@ bool PhysBlock::map(int width, int height, GLenum format, Picture* picture)
     picture->colours = colours();
     return m_nSize >= tightBytes(width, height, format);
 }
+
+std::string PhysBlock::way() const
+{
+    return "copied (the decoder delivers no NV12 in DMABUFs)";
+}

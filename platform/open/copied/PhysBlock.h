@@ -15,6 +15,7 @@ public:
     unsigned char* data() { return descriptor()->vaddr; }
 
     bool map(int width, int height, GLenum format, Picture* picture) override;
+    std::string way() const override;
 
 private:
     PhysBlock(unsigned char* data, size_t size);
