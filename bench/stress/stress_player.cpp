@@ -8,6 +8,7 @@
 //   stress_player hour MINUTES FILE...  the files in turn, all of 25 frames a second: every frame
 //                                       is shown, and none of them later and later
 // Needs a display and a build with a DEVICE_ROOT.
+#include "app/DisplaySettings.h"
 #include "app/HeapSettings.h"
 #include "bench/OwnPlayer.h"
 #include "common/CPlayerDatas.h"
@@ -305,7 +306,10 @@ int main(int argc, char** argv)
                              "hour MINUTES FILE...\n");
         return EXIT_FAILURE;
     }
-    setUpQuietly();
+    readScreenSize();
+    loadApplicationFont();
+    setDefaultSurfaceFormat();
+    qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
     const Watchdog watchdog;
     const QString command = arguments[1];
     if (command == "damaged")
