@@ -17,7 +17,7 @@ public:
         QFile::remove(DevicePaths::kPositionConfig);
     }
 
-    // Links to the clip of that name. It need not exist if the test only lists it.
+    // Makes a link to the clip, which may be missing if the test only lists it.
     void add(const QString& clip) const
     {
         QFile::link(QStringLiteral(CLIP_DIR "/") + clip, path(clip));

@@ -13,7 +13,7 @@ constexpr int kLimitMs = QP_LIMIT_MS;
 // The hub's line for the message that the player sends when it exits.
 const QByteArray kAppSwitch = "received type=1 tag=1 value=8 tag=2 value=1\n";
 
-// Gives this process and all that it starts a socket of their own.
+// Gives this process and its children a socket of their own.
 class RuntimeFolder
 {
 public:
@@ -56,7 +56,7 @@ public:
     {
         return QTest::qWaitFor([&] { return output().indexOf(text, from) >= 0; }, kLimitMs);
     }
-    // Waits for the text in the output that follows what the last call found.
+    // Waits for the text, after the place where the last call found one.
     bool prints(const QByteArray& text)
     {
         const bool found = waitFor(text, m_seen);

@@ -43,7 +43,7 @@ void countLine(QtMsgType, const QMessageLogContext&, const QString& line)
     s_nErrors += line.contains("GST_MESSAGE_ERROR") ? 1 : 0;
 }
 
-// Keeps the GUI from its work meanwhile.
+// Blocks the GUI thread, so that what is queued stays queued.
 bool blockUntil(const std::function<bool()>& condition)
 {
     QElapsedTimer clock;
@@ -53,7 +53,7 @@ bool blockUntil(const std::function<bool()>& condition)
     return condition();
 }
 
-// The window of a device, with short names for what a test looks at.
+// The main window on a test device, with short names for its parts.
 struct Window
 {
     explicit Window(const QStringList& clips) : device(clips)
@@ -185,7 +185,7 @@ private slots:
         QCOMPARE(w.surface->viewMode(), 0);
         QVERIFY(w.bar->isVisible() || clock.elapsed() > 9000);
         QVERIFY(w.colourAt(20, 20) != kGrey);
-        w.device.add("long.mp4"); // and the list is read anew
+        w.device.add("long.mp4"); // the list shows it when it comes back
         QVERIFY(w.onList());
         QCOMPARE(w.rows->count(), 3);
         QCOMPARE(QApplication::focusWidget(), w.rows);
@@ -219,7 +219,7 @@ private slots:
         QVERIFY(w.shows("/00:02"));
     }
 
-    // A frame of it was on its way to the screen.
+    // Even if one of its frames is on its way to the screen.
     void stoppedFileShowsNoMore()
     {
         const Window w({"quads.mp4"});
@@ -314,7 +314,7 @@ private slots:
         QCOMPARE(stops.count(), 0);
     }
 
-    // While no tick is heard, 10 s pass; then comes the activity, then a tick.
+    // After 10 s, the activity comes before the tick that would hide the bar.
     void activityKeepsTheBar()
     {
         const Window w({"long.mp4"});

@@ -1,4 +1,4 @@
-// The program as a process, driven by real keys, and how it leaves.
+// The program as a process: driven by real keys, and how it exits.
 #include "tests/Rows.h"
 #include "tests/TestDevice.h"
 #include "tests/comm/HubProcess.h"
@@ -24,7 +24,7 @@ public:
     {
     }
 
-    // The window is there and has the keys.
+    // Its window has the keyboard focus.
     bool takesKeys()
     {
         const QString test =

@@ -79,8 +79,8 @@ std::shared_ptr<PhysFrame> dmabufFrameOf(const Bytes& frame, bool oneForEachPlan
     return wrapped;
 }
 
-// Which label, white on black, fills the area; -1: none. Another one, or another size, is at least
-// 30 levels of brightness off at the average pixel.
+// Which label, white on black, fills the area; -1: none. With another label or size, the average
+// pixel differs by at least 30 levels of brightness.
 int labelIn(const QImage& area)
 {
     const QImage labels(":/image/text.png");
@@ -98,7 +98,7 @@ int labelIn(const QImage& area)
     return -1;
 }
 
-// How many pixels of an area differ from its corner: 0 where no label stands.
+// How many pixels of an area differ from its corner; 0 without a label.
 int drawnIn(const QImage& picture, const QRect& area)
 {
     int count = 0;
@@ -108,7 +108,7 @@ int drawnIn(const QImage& picture, const QRect& area)
     return count;
 }
 
-// A hand-off on a thread of its own, as the engine makes it.
+// A hand-off on its own thread, as the engine's worker does it.
 struct HandOff
 {
     HandOff(CGLWndPlayer* surface, int format, unsigned long phys, unsigned char* data,
@@ -198,8 +198,7 @@ private slots:
         QCOMPARE(shows(), QStringLiteral("wwww"));
     }
 
-    // One picture pixel is five wide here: what lies between two of them is a mixture, but at the
-    // edges there is nothing to mix with.
+    // One pixel of the frame is five wide here. Between two of them colours mix, at the edges not.
     void scalesSmoothly()
     {
         drawFrame();
@@ -238,7 +237,7 @@ private slots:
         QVERIFY2(off <= 4, qPrintable(QString::number(off)));
     }
 
-    // Of a block that has gone, or is too short, nothing is read.
+    // Nothing is read of a block that is too short or has been freed.
     void badBlocksAreNotRead()
     {
         auto block = PhysBlock::make(kPixels * 3 / 2 - 1);
@@ -289,7 +288,7 @@ private slots:
         QCOMPARE(drawnIn(picture(), picture().rect()), 0); // and no label
     }
 
-    // A frame that waits during the change is drawn by the next context, which has all it needs.
+    // The next context draws the frame that waits during the change.
     void survivesChangesOfItsContext()
     {
         const auto other = std::make_unique<QWidget>();
