@@ -20,20 +20,6 @@ constexpr int kDepthBits = 8;
 constexpr int kStencilBits = 8;
 constexpr int kSamples = 4;
 
-} // namespace
-
-void ignoreScreenDensity()
-{
-    QCoreApplication::setAttribute(Qt::AA_Use96Dpi);
-}
-
-void setUpDisplay()
-{
-    QApplication::setOverrideCursor(QCursor(Qt::BlankCursor));
-    readScreenSize();
-    loadApplicationFont();
-}
-
 void readScreenSize()
 {
     const QRect desktop = QGuiApplication::primaryScreen()->virtualGeometry();
@@ -53,6 +39,20 @@ void loadApplicationFont()
     QFont font(families.first());
     font.setPixelSize(kFontPixelSize);
     QApplication::setFont(font);
+}
+
+} // namespace
+
+void ignoreScreenDensity()
+{
+    QCoreApplication::setAttribute(Qt::AA_Use96Dpi);
+}
+
+void setUpDisplay()
+{
+    QApplication::setOverrideCursor(QCursor(Qt::BlankCursor));
+    readScreenSize();
+    loadApplicationFont();
 }
 
 void setDefaultSurfaceFormat()

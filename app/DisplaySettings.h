@@ -6,13 +6,9 @@
 // and buttons would be cut off. Call it before QApplication is made.
 void ignoreScreenDensity();
 
-// Hides the pointer, reads the screen's size and loads the application font.
+// Hides the pointer, reads the screen's size into gScreenW and gScreenH, and makes the device's
+// font the application font. Without its file, Qt's default font stays.
 void setUpDisplay();
-
-void readScreenSize(); // into gScreenW and gScreenH
-
-// Makes the device's font the application font. Without its file, Qt's default font stays.
-void loadApplicationFont();
 
 // Depth, stencil and samples of every OpenGL surface, adapted to the platform.
 void setDefaultSurfaceFormat();

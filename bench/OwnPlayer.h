@@ -3,6 +3,7 @@
 #pragma once
 
 #include "app/CPageMain.h"
+#include "app/DisplaySettings.h"
 #include "common/DevicePaths.h"
 #include "pages/player/CPagePlayer.h"
 #include "pages/player/CPagePlayerControl.h"
@@ -20,8 +21,8 @@
 #include <functional>
 #include <memory>
 
-// Handles events for some time. The timer ends each wait; processEvents() with a time limit would
-// spin. Objects of deleteLater() stay, because only exec() deletes them.
+// Handles events until the condition holds. The timer ends each wait; processEvents() with a time
+// limit would spin. It also leaves objects of deleteLater() to exec(), so we delete them here.
 inline bool waitFor(const std::function<bool()>& condition, int limitMs)
 {
     constexpr int kTickMs = 10;
@@ -39,6 +40,14 @@ inline bool waitFor(const std::function<bool()>& condition, int limitMs)
 inline void pass(int ms)
 {
     waitFor([] { return false; }, ms);
+}
+
+// After the QApplication, before an OwnPlayer.
+inline void setUpQuietly()
+{
+    setUpDisplay();
+    setDefaultSurfaceFormat();
+    qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
 }
 
 inline double megabytes(const char* field)

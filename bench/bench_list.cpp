@@ -130,8 +130,7 @@ int main(int argc, char** argv)
     makeDevice(root.path(), QApplication::arguments().value(1, QStringLiteral("10000")).toInt());
     const qint64 made = clock.elapsed() - before;
     const double cpuMade = cpuMs() - cpuBefore;
-    readScreenSize();
-    loadApplicationFont();
+    setUpDisplay();
     setDefaultSurfaceFormat();
     CPageMain window(nullptr);
     auto* list = window.findChild<QListWidget*>();

@@ -5,7 +5,6 @@
 //   bench_player memory FILE        resident memory every ten seconds, and the peak
 //   bench_player stop FILE          how long stop, Back and the exit take while all frames are out
 // Needs a display and a build with a DEVICE_ROOT. bench/compare compares it with other programs.
-#include "app/DisplaySettings.h"
 #include "app/HeapSettings.h"
 #include "bench/OwnPlayer.h"
 #include "platform/open/FrameCounters.h"
@@ -230,10 +229,7 @@ int main(int argc, char** argv)
         std::fprintf(stderr, "usage: bench_player road|pace|memory|stop FILE\n");
         return EXIT_FAILURE;
     }
-    readScreenSize();
-    loadApplicationFont();
-    setDefaultSurfaceFormat();
-    qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
+    setUpQuietly();
     const QString command = arguments[1];
     if (command == "road")
         road(arguments[2]);

@@ -8,7 +8,6 @@
 //   stress_player hour MINUTES FILE...  the files in turn, all of 25 frames a second: every frame
 //                                       is shown, and none of them later and later
 // Needs a display and a build with a DEVICE_ROOT.
-#include "app/DisplaySettings.h"
 #include "app/HeapSettings.h"
 #include "bench/OwnPlayer.h"
 #include "common/CPlayerDatas.h"
@@ -306,10 +305,7 @@ int main(int argc, char** argv)
                              "hour MINUTES FILE...\n");
         return EXIT_FAILURE;
     }
-    readScreenSize();
-    loadApplicationFont();
-    setDefaultSurfaceFormat();
-    qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
+    setUpQuietly();
     const Watchdog watchdog;
     const QString command = arguments[1];
     if (command == "damaged")
