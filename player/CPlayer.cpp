@@ -168,10 +168,12 @@ void CPlayer::pause()
 }
 
 // After a start that failed, playbin would start again beside its first threads and wait for them
-// for ever. Such a start can only be stopped.
+// for ever; after one that was refused, it would open what is no file. Both can only be stopped.
 void CPlayer::changeState(GstState state)
 {
-    if (gst_element_get_state(m_pPipeline, nullptr, nullptr, 0) != GST_STATE_CHANGE_FAILURE)
+    const bool refused = GST_STATE_TARGET(m_pPipeline) < GST_STATE_PAUSED;
+    if (!refused &&
+        gst_element_get_state(m_pPipeline, nullptr, nullptr, 0) != GST_STATE_CHANGE_FAILURE)
         gst_element_set_state(m_pPipeline, state);
 }
 

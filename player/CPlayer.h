@@ -92,7 +92,7 @@ private:
     void printLine(const QString& text) const;                     // any thread; names the file
     void resume();
     void pause();
-    void changeState(GstState state); // not after a start that failed
+    void changeState(GstState state); // not after a failed start
     void seekTo(qint64 target);       // ns; the store has been flushed
 
     void storeSample(GstSample* sample); // takes over the reference; releases it if not accepting

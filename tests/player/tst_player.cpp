@@ -114,8 +114,10 @@ private slots:
         file.isEmpty() ? e.player->playPause() : e.player->playFile(clip(file));
         QTRY_VERIFY_WITH_TIMEOUT(e.errors > 0, kLimitMs);
         QCOMPARE(e.finished, 0);
+        e.player->playPause(); // keys may come before the error is dealt with
+        e.player->playPause();
         e.player->stop();
-        QCOMPARE(e.states.join(' '), QStringLiteral("restart 10 00"));
+        QCOMPARE(e.states.join(' '), QStringLiteral("restart 10 11 10 00"));
 
         // The engine can play the next file, whatever its name.
         e.player->playFile(clip(QString::fromUtf8("名 mit Ümlaut.mp4")));
