@@ -56,7 +56,6 @@ CPlayer::~CPlayer()
     }
     delete m_pThread;
     m_pThread = nullptr;
-    flushSamples();
     delete m_pLoader;
     delete m_pSampleStored;
     delete m_pMutex;
@@ -186,7 +185,6 @@ void CPlayer::stop()
         gst_element_set_state(m_pPipeline, GST_STATE_NULL);
         m_bPlaying = false;
         m_bPause = false;
-        flushSamples();
         emit sgSendPlayingState(false, false);
     }
     qDebug() << "+++ CPlayer::stop() end ...";

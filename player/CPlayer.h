@@ -15,11 +15,11 @@
 // released after it is unlocked.
 //
 // Stopping a file, in this order: flush the store, because a decoder that waits for a free frame
-// may block the pipeline; set the pipeline to NULL, which ends the streaming threads; flush the
-// store again, because frames may have come meanwhile. The worker may still hold one sample.
+// may block the pipeline; set the pipeline to NULL, which ends the streaming threads. Nothing is
+// stored after the flush. The worker may still hold one sample.
 //
 // Ending, in this order: set m_bQuit and interrupt the worker; flush the store; set the pipeline to
-// NULL; join the worker; flush the store. A hand-off that waits for a repaint must watch
+// NULL; join the worker. A hand-off that waits for a repaint must watch
 // QThread::isInterruptionRequested(), or the join never ends: the GUI thread, which would repaint,
 // is the one that waits.
 //
