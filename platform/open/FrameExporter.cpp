@@ -12,6 +12,7 @@
 #include <atomic>
 #include <chrono>
 #include <memory>
+#include <vector>
 
 #include <QtGlobal>
 
@@ -45,8 +46,9 @@ struct ExporterState
     GstVideoInfo info = {}; // of what comes in
     Colours colours;        // the same
     std::shared_ptr<BlockStore> blocks;
-    GstClockTime stay = 0; // of the last frame
-    int stream = 0;        // a number for each file
+    GstClockTime stay = 0;                            // of the last frame
+    int stream = 0;                                   // a number for each file
+    std::vector<std::weak_ptr<DmabufFrame>> uncopied; // may be out
 };
 
 } // namespace
@@ -141,10 +143,22 @@ gboolean start(GstBaseTransform* base)
     return TRUE;
 }
 
+// The appsink keeps its last sample until the next file. One frame that stays out keeps all frames
+// of its decoder.
+void letUncopiedGo(ExporterState& state)
+{
+    for (const auto& weak : state.uncopied) {
+        if (const auto frame = weak.lock())
+            frame->letGo();
+    }
+    state.uncopied.clear();
+}
+
 // The numbers are those since the start of the program.
 gboolean stop(GstBaseTransform* base)
 {
     stateOf(base).blocks = nullptr;
+    letUncopiedGo(stateOf(base));
     const FrameCounters& counters = frameCounters();
     qDebug("frames: %u exported, %u uploaded, %u buffers imported", counters.framesExported.load(),
            counters.uploads.load(), counters.imports.load());
@@ -227,8 +241,13 @@ GstBuffer* exported(ExporterState& state, GstBuffer* in)
     const auto layout = frameLayoutOf(in, state.info);
     if (!layout)
         return nullptr;
-    if (const auto frame = DmabufFrame::make(in, *layout))
+    if (const auto frame = DmabufFrame::make(in, *layout)) {
+        auto& out = state.uncopied;
+        out.erase(std::remove_if(out.begin(), out.end(), [](auto& old) { return old.expired(); }),
+                  out.end());
+        out.push_back(frame);
         return newBuffer(state, frame, 1);
+    }
     const auto block = copiedFrame(state, in, *layout);
     if (!block)
         return nullptr;

@@ -10,7 +10,7 @@ class MappedPlane
 {
 public:
     MappedPlane(GstBuffer* buffer, const FrameLayout::Plane& plane)
-        : m_pBuffer(buffer), m_nStride(plane.stride)
+        : m_pBuffer(gst_buffer_ref(buffer)), m_nStride(plane.stride)
     {
         guint first = 0;
         guint count = 0;
@@ -23,6 +23,7 @@ public:
     {
         if (m_bMapped)
             gst_buffer_unmap(m_pBuffer, &m_Map);
+        gst_buffer_unref(m_pBuffer);
     }
     MappedPlane(const MappedPlane&) = delete;
     MappedPlane& operator=(const MappedPlane&) = delete;

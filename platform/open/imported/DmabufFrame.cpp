@@ -50,11 +50,20 @@ DmabufFrame::DmabufFrame(GstBuffer* buffer, const FrameLayout& layout, const Nv1
 
 DmabufFrame::~DmabufFrame()
 {
-    gst_buffer_unref(m_pBuffer);
+    letGo();
+}
+
+void DmabufFrame::letGo()
+{
+    const std::lock_guard<std::mutex> lock(m_Mutex);
+    gst_clear_buffer(&m_pBuffer);
 }
 
 bool DmabufFrame::draw(GLuint texture, int width, int height)
 {
+    const std::lock_guard<std::mutex> lock(m_Mutex);
+    if (!m_pBuffer)
+        return false;
     m_pWhyNot = GpuConversion::current().draw(gst_buffer_peek_memory(m_pBuffer, 0), m_Planes,
                                               colours(), texture, width, height);
     return !m_pWhyNot;
@@ -62,7 +71,8 @@ bool DmabufFrame::draw(GLuint texture, int width, int height)
 
 bool DmabufFrame::map(int width, int height, GLenum format, Picture* picture)
 {
-    if (format != kFormatNv12 || width != m_Layout.width || height != m_Layout.height)
+    const std::lock_guard<std::mutex> lock(m_Mutex);
+    if (!m_pBuffer || format != kFormatNv12 || width != m_Layout.width || height != m_Layout.height)
         return false;
     m_Luma.emplace(m_pBuffer, m_Layout.planes[0]);
     m_Chroma.emplace(m_pBuffer, m_Layout.planes[1]);

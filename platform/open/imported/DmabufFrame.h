@@ -7,6 +7,7 @@
 #include "platform/open/PhysFrame.h"
 #include "platform/open/imported/EglImages.h"
 
+#include <mutex>
 #include <optional>
 
 class DmabufFrame : public PhysFrame
@@ -17,6 +18,9 @@ public:
 
     ~DmabufFrame() override;
 
+    // Gives the decoder's buffer back; nothing can be drawn any more. Any thread.
+    void letGo();
+
     bool draw(GLuint texture, int width, int height) override;
     bool map(int width, int height, GLenum format, Picture* picture) override;
     void unmap() override;
@@ -25,7 +29,8 @@ public:
 private:
     DmabufFrame(GstBuffer* buffer, const FrameLayout& layout, const Nv12Planes& planes);
 
-    GstBuffer* const m_pBuffer;
+    std::mutex m_Mutex; // guards m_pBuffer
+    GstBuffer* m_pBuffer;
     const FrameLayout m_Layout;
     const Nv12Planes m_Planes;
     const char* m_pWhyNot = nullptr; // imported; thread of the context
