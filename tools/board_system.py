@@ -106,6 +106,21 @@ def build_for_device(root):
                                               for variable, name in names.items()))
 
 
+def build_open_decoder(arch):
+    """A folder with the decoder that delivers DMABUFs. No program uses it unless it is told where it is."""
+    tree = BUILD / arch / "open-decoder"
+    cross = []
+    if arch in ("armhf", "arm64"):
+        run(TOP / "tools/make-sysroot.sh", arch)
+        cross = [f"-DCMAKE_TOOLCHAIN_FILE={TOP}/cmake/cross.cmake", f"-DQP_ARCH={arch}"]
+    run("cmake", "-G", "Ninja", "-S", TOP, "-B", tree / "build", *cross)
+    run("cmake", "--build", tree / "build", "--target", "dmabuf_decoder")
+    plugins = tree / "files/board/plugins"
+    plugins.mkdir(parents=True, exist_ok=True)
+    shutil.copy(tree / "build/tests/vendor/libgstdmabufdecoder.so", plugins)
+    return tree / "files"
+
+
 def make_system(arch, deb):
     """A folder with kernel, initrd and disk; the disk has the packages that `deb` depends on."""
     depends = re.sub(r"\([^)]*\)|\|[^,]*|\s", "", run("dpkg-deb", "-f", deb, "Depends")).split(",")
@@ -194,6 +209,10 @@ def make(arch, wanted=None):
     """The package, the folder of the system, and folders whose files the board's disk needs too.
     `wanted` is a package, or "device": the one for the device, with stand-ins of its libraries. Without
     it the package of the working tree is built."""
-    more = [build_stand_ins()] if wanted == "device" else []
-    package = build_for_device(*more) if more else wanted or build_package(arch)
-    return package, make_system(arch, package), more
+    if wanted == "device":
+        more = build_stand_ins()
+        package = build_for_device(more)
+    else:
+        more = build_open_decoder(arch)
+        package = wanted or build_package(arch)
+    return package, make_system(arch, package), [more]

@@ -37,7 +37,7 @@ guint codedWidth(const GstVideoInfo& info)
 
 guint codedHeight(const GstVideoInfo& info)
 {
-    return roundedUp(static_cast<guint>(info.height), 16);
+    return roundedUp(static_cast<guint>(info.height) + 1, 16); // never the picture's
 }
 
 // Wider than the coded size, so that nobody can take one for the other.
