@@ -6,7 +6,9 @@
 #include "tests/player/Engine.h"
 
 #include "platform/VideoPath.h"
+#include "platform/open/FrameCounters.h"
 #include "platform/open/FrameExporter.h"
+#include "platform/open/FramePool.h"
 
 #include <functional>
 
@@ -170,6 +172,17 @@ private slots:
             e.player->stop();
         e.player.reset();
         QCOMPARE(s_free.available(), kFrames);
+    }
+
+    // The clip would be decoded in a moment, and the store has no limit of its own.
+    void neverMoreFramesThanThePoolBounds()
+    {
+        Engine e;
+        e.holdFrom = 1;
+        e.player->playFile(clip("long.mp4"));
+        const auto out = [] { return frameCounters().framesOut.load(); };
+        QTRY_COMPARE_WITH_TIMEOUT(out(), FramePool::kFrames, kLimitMs);
+        QVERIFY(!QTest::qWaitFor([&] { return out() > FramePool::kFrames; }, 300));
     }
 
     void messagesDoNotPileUp()
