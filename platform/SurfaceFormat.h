@@ -1,9 +1,9 @@
-// How a platform wants OpenGL surfaces to be.
+// Which surface format the platform needs.
 #pragma once
 
 #include <QSurfaceFormat>
 
-// Returns `format` as this platform needs it; GUI thread, after the application object exists and
-// before the first OpenGL widget. Open systems: OpenGL ES, and without multisampling, depth and
-// stencil where the renderer is a software one. Device: unchanged.
+// Adapts `format`. Open systems: OpenGL ES; with a software renderer also no samples, depth or
+// stencil. Device: unchanged. Call it in the GUI thread, after the application object is made and
+// before the first OpenGL widget.
 QSurfaceFormat adaptPlatformSurfaceFormat(const QSurfaceFormat& format);

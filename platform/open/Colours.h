@@ -1,5 +1,4 @@
-// What the numbers of a YUV picture stand for. Unless somebody says otherwise, BT.601 with limited
-// range.
+// How the YUV values of a picture become colours. The default is BT.601 with limited range.
 #pragma once
 
 struct Colours

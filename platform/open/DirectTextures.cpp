@@ -82,7 +82,7 @@ void DirectTextures::invalidate(GLenum target)
     if (tightBytes(source.width, source.height, source.format) == 0)
         return;
     const uint8_t* pixels = source.own.empty() ? source.logical : source.own.data();
-    // Held until the end: the frame must not go while it is read.
+    // Keeps the frame alive while it is read.
     const auto frame = PhysFrame::find(source.physical);
     if (!frame && !pixels)
         return;
@@ -93,7 +93,7 @@ void DirectTextures::invalidate(GLenum target)
         m_Upload.upload(target, tightPicture(source.width, source.height, source.format, pixels));
 }
 
-// Only when the size changes: the driver may clear what it is asked for, 8 MB at 1920x1080.
+// Only when the size changes, because the driver may clear new storage: 8 MB at 1920x1080.
 void DirectTextures::giveStorage(GLenum target, Source& source)
 {
     const QSize size(source.width, source.height);

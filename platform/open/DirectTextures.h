@@ -1,8 +1,8 @@
-// The textures of one OpenGL context that read frames directly, as the GPU of the device does by
-// itself. Whenever a frame's bytes are said to have changed, it is looked up here and drawn into
-// the texture, or its pixels are uploaded. Sizes that no hardware decoder makes are ignored.
-// What a texture was mapped for stays its storage: nobody else may give it another one, nor use its
-// name again. Lives in the thread of its context and dies with it.
+// The textures of one OpenGL context that show frames. The device's GPU reads frames where they
+// are; here, each call of invalidate() draws the frame into the texture or uploads its pixels. A
+// frame whose size no hardware decoder makes is ignored. A mapped texture gets its storage here:
+// nobody else may give it storage or use its name again. Lives in the thread of its context and is
+// deleted with it.
 #pragma once
 
 #include "platform/direct_texture.h"
@@ -20,10 +20,10 @@ class DirectTextures : public QObject
     Q_OBJECT
 
 public:
-    // Those of the current context; null without one.
+    // Of the current context; null if there is none.
     static DirectTextures* current();
 
-    // All act on the texture bound to `target`.
+    // All of them change the texture that is bound to `target`.
     void allocate(GLenum target, GLsizei width, GLsizei height, GLenum format, GLvoid** planes);
     void mapPhysical(GLenum target, GLsizei width, GLsizei height, GLenum format, GLuint physical);
     void mapLogical(GLenum target, GLsizei width, GLsizei height, GLenum format,
@@ -38,10 +38,10 @@ private:
         int width = 0;
         int height = 0;
         GLenum format = 0;
-        GLuint physical = 0;              // looked up at every upload, or
+        GLuint physical = 0;              // a PhysFrame's address, or
         const uint8_t* logical = nullptr; // the caller's memory, or
-        std::vector<uint8_t> own;         // what the caller was given to write to
-        QSize stored;                     // of the storage that the texture has
+        std::vector<uint8_t> own;         // memory that the caller writes to
+        QSize stored;                     // size of the texture's storage
     };
 
     void remember(GLenum target, Source source);

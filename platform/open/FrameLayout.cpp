@@ -4,7 +4,6 @@ namespace {
 
 constexpr int kHdLines = 720;
 
-// Only metas that agree with the caps are of use: a smaller frame holds no picture of that size.
 bool agrees(const GstVideoMeta& meta, const GstVideoInfo& caps)
 {
     return meta.format == GST_VIDEO_INFO_FORMAT(&caps) &&
@@ -22,8 +21,8 @@ bool isPartOf(const FrameLayout& layout, const GstVideoCropMeta& picture)
            picture.y <= codedHeight - height;
 }
 
-// In 64 bits, which no size of a picture and no stride can overflow. False: it leads out of
-// `available` bytes.
+// Moves the plane's start to the picture's. False if the picture needs more than `available` bytes.
+// Computed in 64 bits, which no size and stride can overflow.
 bool place(FrameLayout::Plane& plane, const GstVideoFormatInfo* format, int component, int width,
            int height, const GstVideoCropMeta& picture, guint64 available)
 {
@@ -82,7 +81,7 @@ std::optional<FrameLayout> frameLayoutOf(GstBuffer* buffer, const GstVideoInfo& 
         picture = *crop;
     if (!isPartOf(layout, picture))
         return {};
-    // In the formats that are read here, plane n begins with component n.
+    // In NV12 and I420, plane n begins with component n.
     for (guint i = 0; i < GST_VIDEO_INFO_N_PLANES(&caps); ++i) {
         FrameLayout::Plane& plane = layout.planes[i];
         plane.offset = meta ? meta->offset[i] : GST_VIDEO_INFO_PLANE_OFFSET(&caps, i);
@@ -94,7 +93,7 @@ std::optional<FrameLayout> frameLayoutOf(GstBuffer* buffer, const GstVideoInfo& 
     return layout;
 }
 
-// From the field itself: GstVideoInfo does not tell a guess of its own from what the stream says.
+// GstVideoInfo fills in a guess where the caps have no colorimetry, so read the caps.
 Colours coloursOf(GstCaps* caps)
 {
     const GstStructure* structure = gst_caps_get_structure(caps, 0);

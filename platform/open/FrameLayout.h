@@ -1,5 +1,5 @@
-// Where the picture lies in a decoded buffer. It is made from the caps and the buffer's metas, and
-// checked: whoever reads by it stays within the buffer, whatever a decoder says.
+// Where the picture lies in a decoded buffer. Caps and metas may contradict each other or the
+// buffer, so they are checked here: who reads by this layout stays within the buffer.
 #pragma once
 
 #include "platform/open/Colours.h"
@@ -18,17 +18,17 @@ struct FrameLayout
     };
 
     GstVideoFormat format = GST_VIDEO_FORMAT_UNKNOWN;
-    int width = 0; // of the picture: what the caps say
+    int width = 0; // of the picture, from the caps
     int height = 0;
-    int codedWidth = 0; // of the frame that the picture is a part of
+    int codedWidth = 0; // of the whole frame, which may be larger
     int codedHeight = 0;
     Plane planes[GST_VIDEO_MAX_PLANES];
 };
 
-// Of a buffer with these caps: the video meta says where planes lie, the crop meta where the
-// picture begins. Nothing when they contradict the caps or lead out of the buffer.
+// The video meta says where the planes lie, the crop meta where the picture begins. Empty if they
+// contradict the caps or point outside the buffer.
 std::optional<FrameLayout> frameLayoutOf(GstBuffer* buffer, const GstVideoInfo& caps);
 
-// What the stream says; where it says nothing, BT.709 from 720 lines on and BT.601 below, and the
-// limited range. JPEG decoders do say that theirs is the full one.
+// Reads the colorimetry. Without one, pictures of 720 lines and more are BT.709, smaller ones
+// BT.601, and the range is limited. JPEG decoders always give one, with full range.
 Colours coloursOf(GstCaps* caps);

@@ -20,7 +20,7 @@ GstMemory* FramePool::handOut(std::shared_ptr<PhysFrame> frame, size_t size)
     ++frameCounters().framesOut;
     const uint64_t number = ++m_nTaken;
     const auto pool = shared_from_this();
-    // Dropped before it counts as back: what it held is free for the next one then.
+    // Drop the frame first, so that the next one can reuse its memory.
     PhysFrame* raw = frame.get();
     std::shared_ptr<PhysFrame> lent(raw, [pool, number, frame = std::move(frame)](auto*) mutable {
         frame.reset();

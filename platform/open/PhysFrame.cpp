@@ -5,7 +5,7 @@
 
 namespace {
 
-// 0 and all ones mean "no physical address" in the program.
+// Not 0 and not all ones, which mean "no physical address" in the program.
 constexpr uint32_t kLowest = 1;
 constexpr uint32_t kHighest = 0xFFFFFFFE;
 
@@ -18,8 +18,7 @@ struct AddressSpace
     uint32_t last = kLowest - 1;
 };
 
-// An address is used again as late as possible: one that is kept too long finds nothing then, and
-// not somebody else's picture.
+// Reuse addresses as late as possible: a stale one should find no frame, not another picture.
 uint32_t AddressSpace::claim(PhysFrame* frame)
 {
     const std::lock_guard<std::mutex> lock(mutex);

@@ -1,7 +1,7 @@
-// One frame under a made-up 32-bit physical address, because a process on an open system knows no
-// real ones. It is found by its address for as long as it lives. How its pixels reach a texture is
-// for the classes of copied/ and imported/ to say.
-// Made, found and dropped by any thread; colours are set before others know the frame.
+// A frame with a made-up 32-bit physical address, because processes on open systems do not know
+// real ones. It can be found by that address while it lives. copied/ and imported/ derive from it
+// and say how the pixels reach a texture. Any thread may make, find and drop frames. Set the
+// colours before handing the frame on.
 #pragma once
 
 #include "platform/open/Picture.h"
@@ -14,7 +14,7 @@
 class PhysFrame : public std::enable_shared_from_this<PhysFrame>
 {
 public:
-    // The frame at this address, kept alive by what is returned; null: none is there.
+    // The frame at this address; null if there is none.
     static std::shared_ptr<PhysFrame> find(uint32_t physical);
 
     virtual ~PhysFrame();
@@ -28,11 +28,12 @@ public:
     int stream() const { return m_nStream; } // the same for all frames of a file
     void setStream(int stream) { m_nStream = stream; }
 
-    // Thread of the current context. Draws the frame into `texture`, which is bound to
-    // GL_TEXTURE_2D and has RGBA storage of this size. False: its pixels have to be uploaded.
+    // Lets the GPU draw the frame into `texture`, which is bound to GL_TEXTURE_2D and has RGBA
+    // storage of this size. False: use map() and upload the pixels. Thread of the current context.
     virtual bool draw(GLuint /*texture*/, int /*width*/, int /*height*/) { return false; }
 
-    // Its pixels, as a picture of this size and format, until unmap(). False: they are not there.
+    // Gives access to the pixels as a picture of this size and format. Call unmap() afterwards,
+    // unless it returns false: then there is no such picture.
     virtual bool map(int width, int height, GLenum format, Picture* picture) = 0;
     virtual void unmap() {}
 
@@ -40,7 +41,7 @@ public:
     virtual std::string way() const = 0;
 
 protected:
-    // `vaddr` is what users of the buffer library see as its virtual address; never null.
+    // `vaddr` is the virtual address in the block descriptor; never null.
     explicit PhysFrame(unsigned char* vaddr);
 
 private:

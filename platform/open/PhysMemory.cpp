@@ -7,11 +7,11 @@ namespace {
 
 struct PhysMemory
 {
-    GstMemory base; // first: GStreamer knows no more than this
+    GstMemory base; // must be first: GStreamer casts to it
     std::shared_ptr<PhysFrame> frame;
     std::function<void()> onUnmapped;
-    // GStreamer's count of references orders every use before the freeing, but a thread sanitizer
-    // does not see that count. Unmapping adds to this one, freeing reads it.
+    // GStreamer's reference count orders every use before the freeing, but the thread sanitizer
+    // does not see it. It sees this counter, which unmapping increases and freeing reads.
     std::atomic<int> timesUnmapped{0};
 };
 
@@ -37,7 +37,7 @@ namespace {
 
 GstAllocator* physAllocator()
 {
-    // Kept for ever, as GStreamer keeps its own.
+    // Never freed, like GStreamer's own allocators.
     static auto* allocator = GST_ALLOCATOR(
         gst_object_ref_sink(g_object_new(quadplayer_phys_allocator_get_type(), nullptr)));
     return allocator;
@@ -88,7 +88,7 @@ GstMemory* newPhysMemory(std::shared_ptr<PhysFrame> frame, size_t size,
                          std::function<void()> onUnmapped)
 {
     auto* memory = new PhysMemory{{}, std::move(frame), std::move(onUnmapped), {}};
-    // A part of a frame would have no physical address of its own.
+    // No sharing: a part of a frame has no physical address of its own.
     gst_memory_init(&memory->base, GST_MEMORY_FLAG_NO_SHARE, physAllocator(), nullptr, size, 0, 0,
                     size);
     return &memory->base;

@@ -1,5 +1,5 @@
-// GStreamer memory that stands for one PhysFrame; gst_buffer_is_phymem() recognises it. Mapping it
-// gives the frame's virtual address and touches no pixels. Any thread.
+// GstMemory around a PhysFrame, which gst_buffer_is_phymem() recognises. Mapping it only returns
+// the frame's virtual address. Any thread.
 #pragma once
 
 #include "platform/open/PhysFrame.h"
@@ -8,7 +8,7 @@
 
 #include <gst/gst.h>
 
-// `size` is what the frame has at its virtual address. `onUnmapped` is called after every
-// unmapping, in the thread that unmaps; both go with the last reference to the memory.
+// `size` is the number of bytes at the frame's virtual address. `onUnmapped` runs after every
+// unmap, in the thread that unmaps. The memory owns the frame and the function.
 GstMemory* newPhysMemory(std::shared_ptr<PhysFrame> frame, size_t size,
                          std::function<void()> onUnmapped = {});

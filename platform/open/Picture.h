@@ -12,14 +12,14 @@ struct Picture
     GLenum format = 0;
     int width = 0;
     int height = 0;
-    const uint8_t* planes[2] = {}; // packed frames have the first one only
+    const uint8_t* planes[2] = {}; // packed formats use only the first
     int strides[2] = {};           // bytes from row to row
     Colours colours;
 };
 
-// Bytes of a frame without gaps. 0: no hardware decoder makes frames of this size or format.
-// Widths, and the heights of NV12, are even.
+// Bytes of a frame without gaps between its rows. 0 if no hardware decoder makes such frames: the
+// width must be even, and for NV12 the height as well.
 size_t tightBytes(GLsizei width, GLsizei height, GLenum format);
 
-// The picture in a frame without gaps at `pixels`.
+// Describes a frame without gaps that starts at `pixels`.
 Picture tightPicture(GLsizei width, GLsizei height, GLenum format, const uint8_t* pixels);

@@ -1,5 +1,5 @@
-// Makes a stream's presentation times rise. AVI files with B-frames bring the same time for
-// neighbours, and whoever keeps one frame per time would lose one of them. All times in ns.
+// Makes presentation times increase. AVI files with B-frames give two neighbours the same time, and
+// the engine, which keeps one frame for each time, would lose one of them. All times in ns.
 #pragma once
 
 #include <gst/gst.h>
@@ -7,13 +7,13 @@
 class TimestampRepair
 {
 public:
-    // A new stretch of the stream begins, at `start`.
+    // A new segment begins at `start`.
     void reset(GstClockTime start);
 
-    // The time to give to a frame that says `pts`, or nothing, and stays for `duration`.
+    // The time for a frame that has this `pts`, or none, and lasts for `duration`.
     GstClockTime repaired(GstClockTime pts, GstClockTime duration);
 
-    // From one frame to the next, in this stretch.
+    // From one frame to the next, in this segment.
     GstClockTime longestStep() const { return m_nLongestStep; }
 
 private:

@@ -1,5 +1,5 @@
-// Says at the end of the process how many frames were decoded and how many were drawn: the program
-// for the device counts none.
+// Prints how many frames were decoded and drawn when the process ends, because the device's
+// libraries count nothing.
 #include "platform/open/FrameCounters.h"
 
 #include <cstdio>

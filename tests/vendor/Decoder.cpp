@@ -1,5 +1,5 @@
-// A decoder as the device's hardware one: H.264 in, frames of physical memory out. playbin takes it
-// for its rank.
+// A decoder like the device's hardware one: H.264 in, frames in physical memory out. Its rank makes
+// playbin choose it.
 #include "platform/open/FrameExporter.h"
 
 #include <gst/gst.h>

@@ -1,5 +1,5 @@
-// Blocks of one size, used again and again: of each new one, the kernel would have to clear all
-// pages. What is out when the store goes is freed by its last user. Any thread.
+// Reuses blocks of one size, because the kernel has to clear every page of a new one. A block that
+// is out when the store is deleted is freed by its last user. Any thread.
 #pragma once
 
 #include "platform/open/copied/PhysBlock.h"
@@ -12,7 +12,7 @@ class BlockStore : public std::enable_shared_from_this<BlockStore>
 public:
     explicit BlockStore(size_t blockSize) : m_nBlockSize(blockSize) {}
 
-    // Comes back with the last reference to it. Null when there is no memory.
+    // The block comes back when its last reference goes. Null if there is no memory.
     std::shared_ptr<PhysBlock> take();
 
 private:

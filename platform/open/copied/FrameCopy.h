@@ -1,9 +1,9 @@
-// Writes a decoded picture as the hardware decoder would: NV12, rows without gaps, even sizes.
+// Copies a decoded picture into the hardware decoder's layout: NV12, even sizes, no gaps.
 #pragma once
 
 #include "platform/open/FrameLayout.h"
 
-// Sizes are rounded up to even, because four luma pixels share one colour.
+// Rounded up, because two by two pixels of NV12 share one colour.
 constexpr int evenSize(int size)
 {
     return size + size % 2;
@@ -15,5 +15,5 @@ constexpr size_t tightNv12Size(int width, int height)
 }
 
 // `layout` is that of `buffer`, I420 or NV12; `out` has room for tightNv12Size() of the even size.
-// Edges are repeated where a size was rounded up. False: the buffer cannot be mapped.
+// Repeats the last column or row where a size was rounded up. False if the buffer cannot be mapped.
 bool copyAsTightNv12(GstBuffer* buffer, const FrameLayout& layout, unsigned char* out);

@@ -12,15 +12,15 @@
 namespace {
 
 constexpr int kRgbaBytes = 4;
-constexpr int kBandRows = 16; // even, because two rows of NV12 share their colours
-constexpr size_t kChunk = 32; // bytes; a fixed number lets the compiler use SIMD
+constexpr int kBandRows = 16; // even, because two rows of NV12 share one row of colours
+constexpr size_t kChunk = 32; // bytes; a constant, so that the compiler uses SIMD
 constexpr int kOneBits = 7;
 constexpr int kOne = 1 << kOneBits;
 
-// How to convert to RGBA. libyuv names formats by the order within a little-endian word and calls
-// it ABGR; converting NV21 to ARGB with the constants for swapped colours is the same.
-// Its factor for blue is at most 2. Where up to 2.14 is due, blue is up to 16 of 255 off, unless
-// U is multiplied by what is missing before, as a fixed-point number.
+// libyuv converts NV12 to RGBA as it converts NV21 to BGRA (its "ARGB"), with U and V swapped in
+// the constants. It limits the factor of U for blue to 2, but the limited range needs up to 2.14:
+// blue would be up to 16 of 255 off. blueGain, in fixed point, multiplies U beforehand to make up
+// for it.
 struct Conversion
 {
     const libyuv::YuvConstants* constants;
@@ -49,7 +49,7 @@ void multiplyBlue(uint8_t* chunk, const int16_t* gains)
 
 } // namespace
 
-// In bands, which the processor's cache still holds when the driver reads them.
+// In bands, so that the pixels are still in the processor's cache when the driver reads them.
 void FrameUpload::upload(GLenum target, const Picture& picture)
 {
     m_vecRgba.resize(static_cast<size_t>(picture.width) * kBandRows * kRgbaBytes);

@@ -1,5 +1,4 @@
-// Converts pictures to RGBA on the processor and sends them to a texture. libyuv does the
-// conversion. Packed frames are in the order Y0 U Y1 V (YUYV).
+// Converts pictures to RGBA with libyuv and uploads them to a texture. Packed frames are YUYV.
 #pragma once
 
 #include "platform/open/Picture.h"
@@ -9,14 +8,14 @@
 class FrameUpload
 {
 public:
-    // Into the texture bound to `target`, whose storage has the picture's size.
+    // To the texture that is bound to `target` and has storage of the picture's size.
     void upload(GLenum target, const Picture& picture);
 
 private:
     void convert(const Picture& picture, int y, int rows);
     void convertNv12(const Picture& picture, int y, int rows);
 
-    // Of some rows, used again and again.
+    // Buffers for one band of rows.
     std::vector<uint8_t> m_vecRgba;
     std::vector<uint8_t> m_vecColours;
 };

@@ -4,7 +4,7 @@
 
 namespace {
 
-constexpr size_t kAlignment = 64; // SIMD code runs fastest on it
+constexpr size_t kAlignment = 64; // for SIMD code
 
 size_t roundedUp(size_t size)
 {

@@ -1,4 +1,4 @@
-// A frame in one block of ordinary memory, without gaps. Any thread.
+// A frame in a block of ordinary memory, without gaps between its rows. Any thread.
 #pragma once
 
 #include "platform/open/PhysFrame.h"
@@ -6,7 +6,7 @@
 class PhysBlock : public PhysFrame
 {
 public:
-    // Null when there is no memory.
+    // Null if there is no memory.
     static std::shared_ptr<PhysBlock> make(size_t size);
 
     ~PhysBlock() override;
