@@ -23,8 +23,8 @@ namespace {
 
 constexpr GstClockTime kUnknownFrameDuration = 40 * GST_MSECOND;
 
-// Upper limit of the wait at end of stream: twice the longest step from frame to frame, and this
-// for a busy machine.
+// Upper limit of the wait at end of stream: twice the longest gap between frames, and this much
+// more for a busy machine.
 constexpr GstClockTime kEndPatience = 3 * GST_SECOND;
 // Upper limit of the last frame's stay, whatever its duration says.
 constexpr GstClockTime kLongestStay = 30 * GST_SECOND;
@@ -179,7 +179,7 @@ gboolean proposeAllocation(GstBaseTransform*, GstQuery*, GstQuery* query)
     return TRUE;
 }
 
-// Frames come from the pool alone, whatever the sink would offer.
+// The base class would use the sink's allocator; frames come from our pool only.
 gboolean decideAllocation(GstBaseTransform*, GstQuery*)
 {
     return TRUE;
@@ -215,7 +215,7 @@ std::shared_ptr<PhysBlock> copiedFrame(ExporterState& state, GstBuffer* in,
     return block && copyAsTightNv12(in, layout, block->data()) ? block : nullptr;
 }
 
-// Expressly, because GStreamer's own layout has other strides for most widths.
+// Without a video meta, GStreamer would assume other strides for most widths.
 void describeTightNv12(GstBuffer* buffer, const GstVideoInfo& picture)
 {
     const int width = evenSize(picture.width);
@@ -273,8 +273,8 @@ GstFlowReturn prepareOutputBuffer(GstBaseTransform* base, GstBuffer* in, GstBuff
     return GST_FLOW_OK;
 }
 
-// The output buffer is complete already. Without this function the base class would pass the input
-// on.
+// The output buffer is complete already, but without this function GstBaseTransform would pass the
+// input on.
 GstFlowReturn keepOutput(GstBaseTransform*, GstBuffer*, GstBuffer*)
 {
     return GST_FLOW_OK;
@@ -282,7 +282,7 @@ GstFlowReturn keepOutput(GstBaseTransform*, GstBuffer*, GstBuffer*)
 
 // --- Events and states
 
-// False when it must not go on.
+// False: drop the event.
 bool holdEndOfStream(ExporterState& state)
 {
     const GstClockTime patience = kEndPatience + 2 * state.times.longestStep();
@@ -314,7 +314,8 @@ gboolean sinkEvent(GstBaseTransform* base, GstEvent* event)
         break;
     case GST_EVENT_EOS:
         if (!holdEndOfStream(state)) {
-            // Overtaken by a flush that has not reached the sink yet, it would end the playback.
+            // A flush came first. It may not have reached the sink yet, where this event would
+            // end the playback.
             gst_event_unref(event);
             return TRUE;
         }
@@ -325,8 +326,8 @@ gboolean sinkEvent(GstBaseTransform* base, GstEvent* event)
     return parentClass()->sink_event(base, event);
 }
 
-// All switches come before the parent acts: it waits for the streaming thread, which may be
-// waiting in the pool.
+// Tell the pool before the parent acts: the parent waits for the streaming thread, which may wait
+// in the pool.
 GstStateChangeReturn changeState(GstElement* element, GstStateChange transition)
 {
     FramePool& pool = *stateOf(element).pool;

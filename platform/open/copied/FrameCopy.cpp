@@ -8,7 +8,7 @@
 
 namespace {
 
-// Colours need no repeating: a picture of odd size has half of them, rounded up.
+// The colour plane is complete: decoders round half of an odd size up.
 void repeatLumaEdges(unsigned char* luma, int width, int height)
 {
     const ptrdiff_t stride = evenSize(width);
