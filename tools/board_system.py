@@ -117,7 +117,7 @@ def build_open_decoder(arch):
     run("cmake", "--build", tree / "build", "--target", "dmabuf_decoder")
     plugins = tree / "files/board/plugins"
     plugins.mkdir(parents=True, exist_ok=True)
-    shutil.copy(tree / "build/tests/vendor/libgstdmabufdecoder.so", plugins)
+    shutil.copy(tree / "build/tests/vendor/libgstquadplayerdecoder.so", plugins)
     return tree / "files"
 
 

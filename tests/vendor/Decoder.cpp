@@ -1,5 +1,5 @@
-// A decoder like the device's hardware one: H.264 in, frames in physical memory out. Its rank makes
-// playbin choose it.
+// A decoder like a hardware one: H.264 in, frames as the linked frame exporter puts them out. Its
+// rank makes playbin choose it.
 #include "platform/open/FrameExporter.h"
 
 #include <gst/gst.h>
@@ -51,7 +51,7 @@ static void quadplayer_decoder_class_init(QuadplayerDecoderClass* klass)
     gst_element_class_add_static_pad_template(element, &s_SinkTemplate);
     gst_element_class_add_static_pad_template(element, &s_SourceTemplate);
     gst_element_class_set_static_metadata(element, "H.264 decoder", "Codec/Decoder/Video/Hardware",
-                                          "Decodes into physical memory", "quadplayer");
+                                          "In place of a hardware decoder", "quadplayer");
 }
 
 static void quadplayer_decoder_init(QuadplayerDecoder* decoder)

@@ -1,6 +1,8 @@
-// A decoder as those of open drivers: H.264 in, NV12 in DMABUFs out. It allocates them on the
-// display's device, the only ones that a software renderer can import, and rounds sizes up as
-// hardware does. It has kFrames of them and waits when all are out.
+// In place of the frame exporter, it makes the test's decoder one like those of open drivers: NV12
+// in DMABUFs. It allocates them on the display's device, because a software renderer can import no
+// others, and rounds sizes up as hardware does. It has kFrames of them and waits when all are out.
+#include "platform/open/FrameExporter.h"
+
 #include <fcntl.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
@@ -14,13 +16,10 @@
 
 namespace {
 
-constexpr guint kBeforeAllOthers = GST_RANK_PRIMARY + 200;
 constexpr guint kFrames = 8;
 constexpr guint kBytesPerPixel = 4; // virtio-gpu makes no other dumb buffers
 
 GstStaticPadTemplate s_SinkTemplate = GST_STATIC_PAD_TEMPLATE(
-    "sink", GST_PAD_SINK, GST_PAD_ALWAYS, GST_STATIC_CAPS("video/x-h264, alignment = au"));
-GstStaticPadTemplate s_DecodedTemplate = GST_STATIC_PAD_TEMPLATE(
     "sink", GST_PAD_SINK, GST_PAD_ALWAYS, GST_STATIC_CAPS("video/x-raw, format = I420"));
 GstStaticPadTemplate s_SourceTemplate = GST_STATIC_PAD_TEMPLATE(
     "src", GST_PAD_SRC, GST_PAD_ALWAYS, GST_STATIC_CAPS("video/x-raw, format = NV12"));
@@ -134,16 +133,16 @@ static void dmabuf_pool_init(DmabufPool* pool)
 
 // --- The element that puts decoded frames there
 
-struct DmabufCopier
+struct DmabufExporter
 {
     GstVideoFilter base;
 };
-struct DmabufCopierClass
+struct DmabufExporterClass
 {
     GstVideoFilterClass base;
 };
 
-G_DEFINE_TYPE(DmabufCopier, dmabuf_copier, GST_TYPE_VIDEO_FILTER)
+G_DEFINE_TYPE(DmabufExporter, dmabuf_exporter, GST_TYPE_VIDEO_FILTER)
 
 namespace {
 
@@ -195,72 +194,21 @@ GstFlowReturn copy(GstVideoFilter* filter, GstVideoFrame* in, GstVideoFrame* out
 
 } // namespace
 
-static void dmabuf_copier_class_init(DmabufCopierClass* klass)
+static void dmabuf_exporter_class_init(DmabufExporterClass* klass)
 {
     GstElementClass* element = GST_ELEMENT_CLASS(klass);
-    gst_element_class_add_static_pad_template(element, &s_DecodedTemplate);
+    gst_element_class_add_static_pad_template(element, &s_SinkTemplate);
     gst_element_class_add_static_pad_template(element, &s_SourceTemplate);
-    gst_element_class_set_static_metadata(element, "DMABUF copier", "Filter/Video",
+    gst_element_class_set_static_metadata(element, "DMABUF exporter", "Filter/Video",
                                           "Puts frames into DMABUFs", "quadplayer");
     GST_BASE_TRANSFORM_CLASS(klass)->transform_caps = transformCaps;
     GST_BASE_TRANSFORM_CLASS(klass)->decide_allocation = decideAllocation;
     klass->base.transform_frame = copy;
 }
 
-static void dmabuf_copier_init(DmabufCopier*) {}
+static void dmabuf_exporter_init(DmabufExporter*) {}
 
-// --- The decoder
-
-struct DmabufDecoder
+GstElement* newFrameExporter()
 {
-    GstBin base;
-};
-struct DmabufDecoderClass
-{
-    GstBinClass base;
-};
-
-G_DEFINE_TYPE(DmabufDecoder, dmabuf_decoder, GST_TYPE_BIN)
-
-namespace {
-
-void addGhostPad(GstElement* bin, GstElement* element, GstStaticPadTemplate* pad)
-{
-    GstPad* target = gst_element_get_static_pad(element, pad->name_template);
-    GstPadTemplate* shape = gst_static_pad_template_get(pad);
-    gst_element_add_pad(bin, gst_ghost_pad_new_from_template(pad->name_template, target, shape));
-    gst_object_unref(shape);
-    gst_object_unref(target);
+    return GST_ELEMENT(g_object_new(dmabuf_exporter_get_type(), nullptr));
 }
-
-gboolean registerDecoder(GstPlugin* plugin)
-{
-    return gst_element_register(plugin, "dmabufdecoder", kBeforeAllOthers,
-                                dmabuf_decoder_get_type());
-}
-
-} // namespace
-
-static void dmabuf_decoder_class_init(DmabufDecoderClass* klass)
-{
-    GstElementClass* element = GST_ELEMENT_CLASS(klass);
-    gst_element_class_add_static_pad_template(element, &s_SinkTemplate);
-    gst_element_class_add_static_pad_template(element, &s_SourceTemplate);
-    gst_element_class_set_static_metadata(element, "H.264 decoder", "Codec/Decoder/Video/Hardware",
-                                          "Decodes into DMABUFs", "quadplayer");
-}
-
-static void dmabuf_decoder_init(DmabufDecoder* decoder)
-{
-    GstElement* software = gst_element_factory_make("avdec_h264", nullptr);
-    auto* copier = GST_ELEMENT(g_object_new(dmabuf_copier_get_type(), nullptr));
-    gst_bin_add_many(GST_BIN(decoder), software, copier, nullptr);
-    gst_element_link(software, copier);
-    addGhostPad(GST_ELEMENT(decoder), software, &s_SinkTemplate);
-    addGhostPad(GST_ELEMENT(decoder), copier, &s_SourceTemplate);
-}
-
-#define PACKAGE "quadplayer"
-GST_PLUGIN_DEFINE(GST_VERSION_MAJOR, GST_VERSION_MINOR, dmabufdecoder,
-                  "In place of an open hardware decoder", registerDecoder, "1.0", "MIT/X11",
-                  PACKAGE, "quadplayer")
