@@ -519,13 +519,14 @@ def main():
 
 def run_checks(player, checks):
     passed = failed = 0
+    prepare = lambda: None
     for function in checks:
         name = function.__name__.replace("_", " ")
         begin = time.monotonic()
         try:
-            if function is not the_list_comes_up:
-                player.make_ready()
+            prepare()
             function(player)
+            prepare = player.make_ready
             passed += 1
             print(f"passed {name} ({time.monotonic() - begin:.1f} s)", flush=True)
         except Failure as failure:
@@ -535,7 +536,7 @@ def run_checks(player, checks):
             print(player.journal("tail -n 30"))
             if failed == GIVE_UP_AFTER:
                 break
-            player.recover()
+            prepare = player.recover
     player.board.film()
     return passed, len(checks) - passed  # a check that did not run counts as failed
 
