@@ -15,7 +15,6 @@
 
 namespace {
 
-constexpr qint64 kUnknown = -1;
 constexpr qint64 kNsPerSecond = GST_SECOND;
 constexpr qint64 kSeekStep = 34 * kNsPerSecond;
 constexpr unsigned long kWorkerPollUs = 100;

@@ -63,8 +63,9 @@ public:
     void seekForward();  // 34 s, but never past one second before the end
     void seekBackward(); // 34 s, but never before the start
 
-    qint64 queryDuration() const; // ns, -1: unknown
-    qint64 queryPosition() const; // ns, -1: unknown; runs ahead of the picture by the frames stored
+    static constexpr qint64 kUnknown = -1;
+    qint64 queryDuration() const; // ns, or kUnknown
+    qint64 queryPosition() const; // ns, or kUnknown; runs ahead of the picture by the frames stored
 
     bool isPlaying() const { return m_bPlaying; } // a file is loaded, playing or paused
 

@@ -18,7 +18,6 @@ constexpr int kControlBarHeight = 80; // px
 constexpr int kHideTickMs = 50;
 constexpr qint64 kBarStaysUs = 9999999;
 constexpr float kNsPerSecond = 1000000000.0F;
-constexpr qint64 kUnknown = -1;
 
 int wholeSeconds(qint64 ns)
 {
@@ -186,9 +185,9 @@ void CPagePlayer::slotUpdateData()
 {
     const qint64 duration = m_pPlayer->queryDuration();
     const qint64 position = m_pPlayer->queryPosition();
-    if (duration != kUnknown)
+    if (duration != CPlayer::kUnknown)
         m_pPlayerControl->setDuration(wholeSeconds(duration));
-    if (position != kUnknown)
+    if (position != CPlayer::kUnknown)
         m_pPlayerControl->setPosition(wholeSeconds(position));
 }
 
@@ -210,7 +209,7 @@ void CPagePlayer::slotKeyEventUpdate()
 
 void CPagePlayer::slotPrepare()
 {
-    m_pGLWndPlayer->prepare(); // before: while plugins load, making a context has to wait
+    m_pGLWndPlayer->prepare(); // first, because loading plugins would delay it
     m_pPlayer->loadAhead();
 }
 
