@@ -169,11 +169,11 @@ private slots:
     void playsMarkedFilesAndComesBack()
     {
         const Window w({"quads.mp4", "名 mit Ümlaut.mp4"});
-        QElapsedTimer clock;
-        clock.start();
         w.page->slotPrepare(); // which the playback overtakes
         w.play();
         QVERIFY(w.page->isVisible() && w.list->isHidden());
+        w.page->slotHidePagePlayerControl(); // too early, as the page has just been entered
+        QVERIFY(w.bar->isVisible());
         QCOMPARE(QApplication::focusWidget(), w.buttons[0]);
         QVERIFY(w.shows("/00:01"));
         const auto picture = [](const QIcon& icon) { return icon.pixmap(38).toImage(); };
@@ -183,7 +183,6 @@ private slots:
         w.buttons[0]->click();
         QVERIFY(w.shows("00:01/00:02")); // the second file follows by itself
         QCOMPARE(w.surface->viewMode(), 0);
-        QVERIFY(w.bar->isVisible() || clock.elapsed() > 9000);
         QVERIFY(w.colourAt(20, 20) != kGrey);
         w.device.add("long.mp4"); // the list shows it when it comes back
         QVERIFY(w.onList());
