@@ -73,12 +73,13 @@ QStringList collect(const QString& path, const RowKind& kind)
     return names;
 }
 
-// QDirIterator skips these silently: no QString can name them, so Qt cannot open them.
+// QDirIterator skips these silently: no QString can name them, so Qt cannot open them. readdir()
+// would fail on a 32-bit processor, because file systems have 64-bit directory offsets.
 int countUndecodable(const QString& path)
 {
     const std::unique_ptr<DIR, int (*)(DIR*)> folder(opendir(QFile::encodeName(path)), closedir);
     int count = 0;
-    while (const dirent* entry = folder ? readdir(folder.get()) : nullptr)
+    while (const dirent64* entry = folder ? readdir64(folder.get()) : nullptr)
         count += QFile::encodeName(QFile::decodeName(entry->d_name)) != entry->d_name;
     return count;
 }
