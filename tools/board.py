@@ -30,7 +30,7 @@ class Board:
 
     def __init__(self, arch, system, extra, seen, size="800x480", display="none"):
         self.limit = LIMITS[arch]
-        self.shell_ready = False
+        self.shell_commands = 0
         self.seen = seen
         self.dump = tempfile.NamedTemporaryFile(suffix=".ppm")
         run("tar", "-cf", f"{extra}.tar", "-C", extra, ".")
@@ -110,20 +110,29 @@ class Board:
             frames[0].save(self.seen / "film.webp", save_all=True, append_images=frames[1:],
                            duration=700)
 
-    def shell(self, command, fails=False):
-        """What the command prints. It must succeed, or fail if `fails` says so."""
-        self.shell_end.settimeout(self.limit)
-        if not self.shell_ready:
-            self.shell_ready = True
-            self.shell("stty -echo -opost")
-        self.shell_end.sendall(f"{{ {command}\n}} 2>&1; printf '\\n%s\\004' $?\n".encode())
+    def answer(self, command):
+        """What the shell prints up to the end of one command."""
         answer = b""
         try:
             while not answer.endswith(b"\004"):
-                answer += self.shell_end.recv(65536) or b"\nno more answers\004"
+                answer += self.shell_end.recv(1) or b"\nno answers\004"
         except OSError:
             raise Failure(f"no answer to: {command}\n{answer}") from None
-        output, status = answer[:-1].decode(errors="replace").rsplit("\n", 1)
+        return answer[:-1].decode(errors="replace")
+
+    def shell(self, command, fails=False):
+        """What the command prints. It must succeed, or fail if `fails` says so."""
+        self.shell_end.settimeout(self.limit)
+        if self.shell_commands == 0:
+            self.shell_commands = 1
+            self.shell("stty -echo -opost")
+        self.shell_commands += 1
+        self.shell_end.sendall(
+            f"{{ {command}\n}} 2>&1; printf '\\n%s {self.shell_commands}\\004' $?\n".encode())
+        number = None
+        while number != str(self.shell_commands):  # an earlier command may have answered too late
+            output, last = self.answer(command).rsplit("\n", 1)
+            status, number = last.split()
         if (status != "0") != fails:
             raise Failure(f"status {status} of: {command}\n{output}")
         return output.strip()

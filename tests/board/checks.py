@@ -154,7 +154,8 @@ class Player:
 def the_list_comes_up(player):
     """Comes first in every run, also with --only."""
     player.see("list", 3 * player.board.limit)
-    print(player.shell("systemd-analyze; systemd-analyze blame | grep quadplayer || true"))
+    print(player.shell("timeout 20 systemd-analyze; "
+                       "timeout 20 systemd-analyze blame | grep quadplayer || true"))
 
 
 @check
