@@ -1,5 +1,5 @@
-// Feeds any bytes to the readers of both configuration files, and compares what they find in plain
-// characters with a reading of its own.
+// Feeds any bytes to the readers of both configuration files. For ASCII, it compares the result
+// with its own reading.
 #include "common/PositionConfig.h"
 #include "common/SystemConfig.h"
 #include "common/globals.h"
@@ -32,7 +32,7 @@ void require(bool holds)
         std::abort();
 }
 
-// As the readers open their files.
+// Opens the bytes in the same mode as the readers open their files.
 template <typename Reader> auto readWith(Reader reader, const std::string& bytes)
 {
     QByteArray array = QByteArray::fromRawData(bytes.data(), static_cast<int>(bytes.size()));
@@ -102,7 +102,7 @@ Insets plainInsets(const std::string& text)
     return insets;
 }
 
-// Any bytes, in whatever encoding they may seem to be: there is no line end in a path.
+// Whatever the bytes are, the path holds no line end.
 void readAnything(const std::string& bytes)
 {
     readWith(readInsets, bytes);

@@ -29,7 +29,7 @@ TlvPacket cursorOver(Bytes& bytes)
     return cursor;
 }
 
-// Each value lies inside the buffer, behind the one before it.
+// Each value lies inside the buffer and after the previous value.
 Items readItems(Bytes& bytes)
 {
     TlvPacket cursor = cursorOver(bytes);
@@ -61,7 +61,7 @@ void parseByLink(Bytes& bytes, size_t items)
     require(counting && requests <= items);
 }
 
-// A packet written into a buffer of any size reads back as its first items, none of them in part.
+// A packet written into a buffer of any size reads back as its first items, all complete.
 void writeAndReadBack(const Bytes& tags)
 {
     Bytes bytes(tags.empty() ? 0 : tags.front() * 4U + tags.back() % 4U);

@@ -1,5 +1,5 @@
-"""Clips for the stress programs: short whole ones of seven codecs, and what chance makes of them.
-Needs ffmpeg."""
+"""Clips for the stress programs: short good ones of seven codecs, and randomly damaged ones. Needs
+ffmpeg."""
 import random
 import subprocess
 
@@ -18,7 +18,7 @@ CODECS = {
 
 
 def make(file, picture, seconds, options=("-c:v", "libx264", "-c:a", "aac")):
-    """A clip of one of ffmpeg's pictures, with a tone unless the options say no."""
+    """A clip of one of ffmpeg's test pictures, with a tone unless the options exclude it."""
     subprocess.run(["ffmpeg", "-nostdin", "-loglevel", "error", "-y", "-f", "lavfi", "-i",
                     f"{picture}:rate=25:duration={seconds}", "-f", "lavfi", "-i",
                     f"sine=duration={seconds}", "-pix_fmt", "yuv420p", *options, file], check=True)
@@ -62,7 +62,7 @@ def double(data, chance):
 
 
 def break_length(data, chance):
-    """The 32 bits before the name of a box, or behind that of a chunk, become another number."""
+    """Changes the size of a box or of a chunk: the 32 bits before or after its name."""
     names = (b"moov", b"trak", b"mdat", b"stsz", b"stco", b"stts", b"stsd", b"avcC", b"ftyp",
              b"RIFF", b"LIST", b"avih", b"strh", b"strf", b"idx1", b"00dc", b"01wb")
     places = [at for name in names if (at := data.find(name)) >= 4]
@@ -73,7 +73,7 @@ def break_length(data, chance):
 
 
 def damaged(name, whole):
-    """The clip of that name: it depends on nothing else."""
+    """The clip of that name, the same in every run."""
     chance = random.Random(name)
     data = bytearray(whole)
     for _ in range(chance.randint(1, 3)):

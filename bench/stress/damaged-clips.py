@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""damaged-clips.py BUILD_DIR [COUNT [SEED]]: plays COUNT (40) clips that were damaged by chance, numbers
-SEED (1) and up, and fails at one that hangs the player, keeps it from stopping within 200 ms, or makes
-a sanitizer speak. On the current display; the build is one of preset asan with -DQP_BENCH=ON.
+"""damaged-clips.py BUILD_DIR [COUNT [SEED]]: plays COUNT (40) randomly damaged clips, numbers SEED (1)
+and up. Fails if one hangs the player, keeps it from stopping within 200 ms, or makes a sanitizer report.
+Uses the current display; build preset asan with -DQP_BENCH=ON.
 """
 import pathlib
 import subprocess

@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
-"""interrupts.py BUILD_DIR [COUNT [SEED]]: goes the road from the start over list, Play, pause, Back to Exit
-COUNT (10) times and interrupts each at a moment of chance, from SEED (1) on. Each has to end within a
-second with status 0, and the hub has to receive the message of the exit once. On the current display;
-needs ffmpeg.
+"""interrupts.py BUILD_DIR [COUNT [SEED]]: runs the program COUNT (10) times from the start over list,
+Play, pause and Back to Exit, and interrupts each run at a random moment, from SEED (1) on. Each run must
+end within a second with status 0, and the hub must receive the exit message once. Uses the current
+display; needs ffmpeg.
 """
 import collections
 import random

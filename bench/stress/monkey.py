@@ -1,8 +1,8 @@
 #!/usr/bin/env python3
-"""monkey.py BUILD_DIR [MINUTES [SEED]]: presses keys and taps by chance, 1 to 200 ms apart, over a folder of
-good, damaged and vanishing clips, in both key modes by turns, for MINUTES (1), from SEED (1) on. After
-each burst of 500 the list has to be reached and a good clip has to show, or the player hangs: by keys,
-but for what two keys cannot do. On the current display; for a build of preset asan. Needs ffmpeg.
+"""monkey.py BUILD_DIR [MINUTES [SEED]]: presses random keys and taps, 1 to 200 ms apart, over a folder of
+good, damaged and vanishing clips, for MINUTES (1), from SEED (1) on. The two key modes take turns. After
+each burst of 500, it must reach the list and play a good clip, or the player hangs. It uses keys, and taps
+where two keys are not enough. Uses the current display and a build of preset asan; needs ffmpeg.
 """
 import pathlib
 import random
@@ -69,7 +69,7 @@ class Monkey:
         self.start_if_gone()
 
     def leave_player(self):
-        """The focus may be on any button, or on the bar, whose keys go nowhere until it hides."""
+        """The focus may be on any button, or on the bar, which ignores keys until it hides."""
         for _ in range(3):
             for _ in range(12):
                 if not self.run.plays():
@@ -106,7 +106,7 @@ class Monkey:
         self.leave_player()
 
     def shows_good_clip(self):
-        """Not if the last keys of the burst were still on their way, and led to Exit."""
+        """False if the last keys of the burst led to Exit."""
         try:
             self.reach_list()
             self.show_picture()

@@ -1,5 +1,5 @@
-"""The program as a process on the current display, driven by keys and taps; with a hub beside it. The
-build needs a DEVICE_ROOT, which is written to."""
+"""The program as a process on the current display, driven by keys and taps, and a hub. Needs a build with
+a DEVICE_ROOT, and writes to it."""
 import os
 import pathlib
 import re
@@ -22,7 +22,7 @@ os.environ.setdefault("LSAN_OPTIONS", f"suppressions={TOP}/tests/sanitizers/lsan
 
 
 class Fault(Exception):
-    """The program did what it must not."""
+    """The program did something that it must not do."""
 
 
 def until(condition, what, limit=LIMIT):
@@ -49,8 +49,8 @@ class Session:
         self.folder = self.work / "video"
         self.folder.mkdir()
         os.environ["XDG_RUNTIME_DIR"] = str(self.work)
-        # The thread of Mesa's cache runs at the lowest priority, and the exit waits for it: on a busy
-        # machine as long as everybody else lets it.
+        # Mesa's cache thread runs at the lowest priority, and the exit waits for it: too long on a busy
+        # machine.
         os.environ["MESA_SHADER_CACHE_DISABLE"] = "true"
         cache = (self.build / "CMakeCache.txt").read_text()
         root = re.search("^DEVICE_ROOT:STRING=(.+)$", cache, re.M)[1]
@@ -94,14 +94,14 @@ class Session:
         return text.rfind(PLAYS) > text.rfind(LISTS)
 
     def rows(self):
-        """What the list shows: its folders' number and its videos' names."""
+        """The number of folders and the names of the videos in the list."""
         until(lambda: "-------ItemCount" in self.text().rpartition(LISTS)[2], "the scan")
         scan = self.text().split("-------file cout")[-1]
         videos = re.findall('listwigdetsort.item= "(.*)"', scan)
         return int(scan.split()[0]), sorted(videos)
 
     def finish(self, limit=LIMIT):
-        """Waits for the program to leave by itself, and judges how it did."""
+        """Waits for the program to exit by itself, and checks how it did."""
         try:
             status = self.player.wait(limit)
             self.hub.terminate()
@@ -121,7 +121,7 @@ class Session:
         self.player.send_signal(signal.SIGINT)
 
     def end(self):
-        """Whatever still runs goes; a fault's logs stay."""
+        """Ends what still runs, and keeps the logs of a fault."""
         for process in filter(None, (self.player, self.hub)):
             process.kill()
             process.wait()
@@ -134,7 +134,7 @@ class Session:
 
 
 def run(session, road):
-    """Goes the road, which returns its line of result; 0 if there was no fault."""
+    """Runs `road` and prints the line that it returns; 0 if there was no fault."""
     try:
         print(road(session), flush=True)
         return 0
