@@ -7,6 +7,8 @@
 namespace {
 
 void (*s_pfnHandleMessage)(GstBin*, GstMessage*) = nullptr; // decodebin's own
+// streamsynchronizer's own
+GstStateChangeReturn (*s_pfnChangeState)(GstElement*, GstStateChange) = nullptr;
 
 bool opensElsewhere(GstElementFactory* factory)
 {
@@ -81,16 +83,42 @@ void handleMessage(GstBin* decodebin, GstMessage* message)
         s_pfnHandleMessage(decodebin, message);
 }
 
-// decodebin and its bus belong to playbin; its class is the only place before its message handler.
+// If a file is stopped while it starts, playsink may keep a pad of its streamsynchronizer, which in
+// NULL numbers pads from 0 again. The next file would get the same name, and playsink would abort.
+GstStateChangeReturn changeState(GstElement* synchronizer, GstStateChange change)
+{
+    if (change == GST_STATE_CHANGE_READY_TO_NULL)
+        return GST_ELEMENT_CLASS(g_type_class_peek(GST_TYPE_ELEMENT))
+            ->change_state(synchronizer, change);
+    return s_pfnChangeState(synchronizer, change);
+}
+
+// The elements inside playbin are its own; what they do can be changed in their classes only.
+// Returns a class that stays, or null.
+gpointer classOf(const char* name)
+{
+    GstElement* element = gst_element_factory_make(name, nullptr);
+    if (!element)
+        return nullptr;
+    const gpointer kept = g_type_class_ref(G_OBJECT_TYPE(element));
+    gst_object_unref(gst_object_ref_sink(element));
+    return kept;
+}
+
 void takeDecodebinsMessages()
 {
-    GstElement* decodebin = gst_element_factory_make("decodebin", nullptr);
-    if (!decodebin)
-        return;
-    auto* kept = static_cast<GstBinClass*>(g_type_class_ref(G_OBJECT_TYPE(decodebin)));
-    s_pfnHandleMessage = kept->handle_message;
-    kept->handle_message = handleMessage;
-    gst_object_unref(gst_object_ref_sink(decodebin));
+    if (auto* decodebin = static_cast<GstBinClass*>(classOf("decodebin"))) {
+        s_pfnHandleMessage = decodebin->handle_message;
+        decodebin->handle_message = handleMessage;
+    }
+}
+
+void keepPadNamesUnique()
+{
+    if (auto* synchronizer = static_cast<GstElementClass*>(classOf("streamsynchronizer"))) {
+        s_pfnChangeState = synchronizer->change_state;
+        synchronizer->change_state = changeState;
+    }
 }
 
 } // namespace
@@ -101,4 +129,5 @@ void setPlaybinRules()
         return;
     removeForbiddenElements();
     takeDecodebinsMessages();
+    keepPadNamesUnique();
 }

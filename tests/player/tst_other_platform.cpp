@@ -241,6 +241,31 @@ private slots:
         QCOMPARE(e.errors, 0);
     }
 
+    // playsink leaves a pad if a file is stopped while it starts, and aborts on a name used twice.
+    void numbersNoPadTwice()
+    {
+        Engine e;
+        QVERIFY(e.starts("silent.mp4"));
+        GValue element = G_VALUE_INIT;
+        GstIterator* found =
+            gst_bin_iterate_all_by_element_factory_name(GST_BIN(s_pPlaybin), "streamsynchronizer");
+        QCOMPARE(gst_iterator_next(found, &element), GST_ITERATOR_OK);
+        auto* synchronizer = GST_ELEMENT(g_value_get_object(&element));
+        QStringList names;
+        const auto addPad = [&] {
+            GstPad* pad = gst_element_request_pad_simple(synchronizer, "sink_%u");
+            names << GST_OBJECT_NAME(pad);
+            gst_object_unref(pad);
+        };
+        addPad();
+        e.player->stop();
+        addPad();
+        addPad();
+        QCOMPARE(names.removeDuplicates(), 0);
+        g_value_unset(&element);
+        gst_iterator_free(found);
+    }
+
     // Nobody shows a refused frame, so the end must not wait for it.
     void endComesAtOnceAfterARefusedFrame()
     {
