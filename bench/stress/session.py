@@ -60,14 +60,15 @@ class Session:
         self.player = None
         self.hub = None
 
-    def start(self, *arguments):
+    def start(self, *arguments, before=()):
+        """`before` is a command that executes the one after it."""
         self.hub = self._run("hub.log", "quadplayer-hub", "--no-prompt")
         until(lambda: "listening" in self.text("hub.log"), "the hub")
-        self.player = self._run("player.log", "quadplayer", *arguments)
+        self.player = self._run("player.log", "quadplayer", *arguments, before=before)
 
-    def _run(self, log, program, *arguments):
+    def _run(self, log, program, *arguments, before=()):
         with open(self.work / log, "wb") as output:
-            return subprocess.Popen([self.build / program, *arguments],
+            return subprocess.Popen([*before, self.build / program, *arguments],
                                     stdout=output, stderr=output)
 
     def text(self, log="player.log"):
