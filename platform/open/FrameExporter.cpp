@@ -38,6 +38,8 @@ GstStaticPadTemplate s_SourceTemplate =
     GST_STATIC_PAD_TEMPLATE("src", GST_PAD_SRC, GST_PAD_ALWAYS,
                             GST_STATIC_CAPS("video/x-raw, format = NV12, " EXPORTER_SIZES));
 
+} // namespace
+
 struct ExporterState
 {
     std::shared_ptr<FramePool> pool = std::make_shared<FramePool>();
@@ -50,8 +52,6 @@ struct ExporterState
     int stream = 0;                                   // a number for each file
     std::vector<std::weak_ptr<DmabufFrame>> uncopied; // may be out
 };
-
-} // namespace
 
 struct QuadplayerFrameExporter
 {
