@@ -37,7 +37,7 @@ inline bool waitFor(const std::function<bool()>& condition, int limitMs)
     return condition();
 }
 
-inline void pass(int ms)
+inline void waitMs(int ms)
 {
     waitFor([] { return false; }, ms);
 }
@@ -50,12 +50,12 @@ inline void setUpQuietly()
     qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
 }
 
-inline double megabytes(const char* field)
+inline double residentMegabytes()
 {
     QFile status("/proc/self/status");
     status.open(QIODevice::ReadOnly);
     for (const QByteArray& line : status.readAll().split('\n'))
-        if (line.startsWith(field))
+        if (line.startsWith("VmRSS:"))
             return line.simplified().split(' ')[1].toDouble() / 1024;
     return 0;
 }
@@ -84,7 +84,7 @@ public:
         list = m_window->findChild<QListWidget*>();
         surface = page->findChild<CGLWndPlayer*>();
         bar = page->findChild<CPagePlayerControl*>();
-        pass(300);
+        waitMs(300);
     }
     void mark(int row) { list->item(row)->setCheckState(Qt::Checked); }
     void playMarked() { list->parentWidget()->findChild<QPushButton*>()->click(); }

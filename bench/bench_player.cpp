@@ -2,7 +2,6 @@
 //   bench_player road FOLDER        plays every file of the folder from the list to its end
 //   bench_player pace FILE          how late the engine hands frames on and the surface shows them;
 //                                   a line for each frame: due, handed on, shown, in ms
-//   bench_player memory FILE        resident memory every ten seconds, and the peak
 //   bench_player stop FILE          how long stop, Back and the exit take while all frames are out
 // Needs a display and a build with a DEVICE_ROOT. bench/compare compares it with other programs.
 #include "app/HeapSettings.h"
@@ -145,14 +144,14 @@ void Pace::print() const
 void pace(const QString& file)
 {
     const OwnPlayer list({file});
-    pass(2000); // for the program to prepare the first playback
+    waitMs(2000); // for the program to prepare the first playback
     QWidget window;
     window.resize(QGuiApplication::primaryScreen()->size());
     CGLWndPlayer surface(&window);
     surface.setGeometry(window.rect());
     surface.m_bVideo = true;
     window.show();
-    pass(300);
+    waitMs(300);
     Pace pace(&surface);
     bool ended = false;
     auto engine = std::make_unique<CPlayer>(Pace::receive, &pace);
@@ -163,21 +162,6 @@ void pace(const QString& file)
     waitFor([&] { return ended; }, 200000);
     engine.reset();
     pace.print();
-}
-
-void memory(const QString& file)
-{
-    OwnPlayer player({file});
-    QElapsedTimer clock;
-    clock.start();
-    QTimer ticks;
-    QObject::connect(&ticks, &QTimer::timeout, [&] {
-        std::printf("%5.1f s: %.1f MB\n", clock.elapsed() / 1000.0, megabytes("VmRSS"));
-    });
-    ticks.start(10000);
-    player.play(0);
-    waitFor([&] { return player.page->isHidden(); }, 200000);
-    std::printf("back after %.2f s, peak %.1f MB\n", clock.elapsed() / 1000.0, megabytes("VmHWM"));
 }
 
 void waitPoolEmpty()
@@ -226,7 +210,7 @@ int main(int argc, char** argv)
     QApplication app(argc, argv);
     const QStringList arguments = QApplication::arguments();
     if (arguments.size() < 3) {
-        std::fprintf(stderr, "usage: bench_player road|pace|memory|stop FILE\n");
+        std::fprintf(stderr, "usage: bench_player road|pace|stop FILE\n");
         return EXIT_FAILURE;
     }
     setUpQuietly();
@@ -235,8 +219,6 @@ int main(int argc, char** argv)
         road(arguments[2]);
     else if (command == "pace")
         pace(arguments[2]);
-    else if (command == "memory")
-        memory(arguments[2]);
     else if (command == "stop")
         stop(arguments[2]);
     return EXIT_SUCCESS;

@@ -149,7 +149,7 @@ struct Usage
 {
     int threads = entries("/proc/self/task");
     int descriptors = entries("/proc/self/fd");
-    double memory = megabytes("VmRSS");
+    double memory = residentMegabytes();
 
     bool levelWith(const Usage& first) const
     {
@@ -174,7 +174,7 @@ void cycles(const QString& file, int count)
             fault("cycle %d shows nothing", i);
         player.back();
         if (i == kWarmUp) {
-            pass(2000);
+            waitMs(2000);
             objects = gstreamerObjects();
             first = Usage();
         } else if (i > kWarmUp && (i % kLookEvery == 0 || i == count)) {
@@ -278,7 +278,7 @@ void hour(double minutes, const QStringList& files)
         if (!waitFor([&] { return player.page->isHidden(); }, 90000 * int(files.size())))
             fault("round %d does not end", round), player.back();
         shown.endFile();
-        most = std::max(most, megabytes("VmRSS"));
+        most = std::max(most, residentMegabytes());
         if (round == 1)
             memory = most;
     }
