@@ -1,11 +1,15 @@
 // The command line, the margins and the play list.
 #include "app/CommandLine.h"
+#include "app/SignalHandler.h"
 #include "common/CPlayerDatas.h"
 #include "common/PositionConfig.h"
 #include "common/globals.h"
 #include "tests/Rows.h"
 
 #include <QtTest>
+
+#include <cerrno>
+#include <csignal>
 
 class tst_settings : public QObject
 {
@@ -40,6 +44,13 @@ private slots:
         g_bTwoKeyMode = before;
         readCommandLine(argv.size(), argv.data());
         QTEST(g_bTwoKeyMode, "after");
+    }
+
+    void interruptKeepsErrno()
+    {
+        errno = 0;
+        signalHandler(SIGINT); // writes to a pipe that is not made yet, which fails
+        QCOMPARE(errno, 0);
     }
 
     void insets_data()
