@@ -107,7 +107,7 @@ drive_own() {
         shot all-views
         press 1
         shot view-1
-        if ! grep -qF "slotPagePlayerToPagePlayerList()" "$player_log"; then # not at its end yet
+        if ! grep -qF "slotPagePlayerToPagePlayerList()" "$player_log"; then # the recording still plays
             press Left Return # left of play is the last button: back to the list
         fi
         wait_for_list

@@ -13,7 +13,7 @@ namespace {
 
 constexpr char kFirstLine[] = "crafted\n";
 constexpr char kMediaType[] = "video/x-crafted";
-constexpr qint64 kLargestBuffer = 1 << 22; // the first read beyond a buffer is what counts
+constexpr qint64 kLargestBuffer = 1 << 22; // enough: one byte read beyond it is a finding
 constexpr int kMostFrames = 8;             // more than a platform owns
 constexpr int kMostPlanes = 3;
 
@@ -22,7 +22,7 @@ GstStaticPadTemplate s_SinkTemplate = GST_STATIC_PAD_TEMPLATE("sink", GST_PAD_SI
 GstStaticPadTemplate s_SourceTemplate =
     GST_STATIC_PAD_TEMPLATE("src", GST_PAD_SRC, GST_PAD_ALWAYS, GST_STATIC_CAPS("video/x-raw"));
 
-// The words of a line in turn, and zeros behind its end.
+// Gives the words of a line one after the other, then empty texts, which count as 0.
 class Words
 {
 public:

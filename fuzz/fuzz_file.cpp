@@ -1,6 +1,6 @@
 // Feeds whole files through the engine and the open platform's frame exporter, until the first
-// frames were handed on, the file ended, or nothing moves. The receiver copies nothing, but reads
-// all of a frame. What the file's size leaves as a rest decides what is tried besides.
+// frames were handed on, the file ended, or nothing moves. The receiver reads every byte of a
+// frame. The file's size chooses whether a seek or a pause follows.
 #include "fuzz/CraftedDecoder.h"
 #include "player/CPlayer.h"
 
@@ -19,8 +19,8 @@ namespace {
 
 constexpr int kEnoughFrames = 3;
 constexpr long kPollNs = 500000;
-constexpr long kIdleNs = 60000; // of the CPU, in a poll: no more than polling takes
-constexpr int kIdlePolls = 10;  // so many of them, and nothing moves
+constexpr long kIdleNs = 60000; // CPU time that a poll itself takes; with no more, nothing moves
+constexpr int kIdlePolls = 10;  // give up after so many of these
 constexpr int kMostPolls = 2000;
 
 // Any thread.
@@ -45,7 +45,7 @@ int receive(int format, unsigned long phys, unsigned char* virt, int width, int 
     return 0;
 }
 
-// For the engine that stands as long as the process does, as the program's.
+// One engine for the whole process, as in the program.
 CPlayer& engine()
 {
     static CPlayer& player = *new CPlayer(receive, nullptr);
@@ -59,7 +59,7 @@ CPlayer& engine()
     return player;
 }
 
-// The package does without them, and one of them (gme) ends the process by itself.
+// The package installs none of these, and gme, one of them, ends the process.
 void removeOtherPlugins()
 {
     GstRegistry* registry = gst_registry_get();
@@ -72,7 +72,7 @@ void removeOtherPlugins()
     gst_plugin_list_free(plugins);
 }
 
-// Sound cards are looked for at each start, and take time.
+// playbin would look for sound cards at each start, which takes time.
 void removeSoundDevices()
 {
     GList* sinks = gst_element_factory_list_get_elements(

@@ -1,12 +1,12 @@
 #!/bin/bash
 # make-seeds.sh DIR: with each encoder that is installed, a clip of four small pictures or a short
-# tone, bare and in each usual container; and one of each other container. Some cannot be linked:
-# those are left out without a word.
+# tone, bare and in each usual container; and one of each other container. Skips what
+# cannot be linked.
 set -u
 mkdir -p "${1:?usage: make-seeds.sh DIR}"
 cd "$1" || exit # some muxers write beside their output
 
-# names KIND: the elements of that kind, but libav's containers, which have no ranks.
+# names KIND: the elements of that kind, without libav's containers, which no program chooses.
 names() {
     gst-inspect-1.0 --types="$1" 2>/dev/null | sed -n '/ avmux/d; s/^[^:]*: *\([^:]*\):.*/\1/p'
 }

@@ -35,7 +35,7 @@ int runHub(const HubOptions& options)
                      std::strerror(errno)); // NOLINT(concurrency-mt-unsafe)
         return EXIT_FAILURE;
     }
-    FileDescriptor stop = catchStopSignals(); // not earlier: listenAt() may wait
+    FileDescriptor stop = catchStopSignals(); // a signal ends listenAt(), which may wait
     std::printf("listening at %s\n", options.socketPath.c_str());
     Hub hub(std::move(listener), std::move(stop), options);
     hub.run();

@@ -13,10 +13,10 @@ class CPlayback : public QObject
 
 public:
     CPlayback(CPlayer* player, QObject* parent); // before the file is started
-    void end();                                  // no signal any more; it deletes itself
+    void end();                                  // emits nothing more, and deletes itself
 
 signals:
-    // As the engine's, but never inside the call that starts the file.
+    // The engine's signals, queued: none arrives inside the call that starts the file.
     void sgPlayFinished();
     void sgPlayError();
     void sgUpdateData();

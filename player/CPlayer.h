@@ -94,7 +94,7 @@ private:
     void resume();
     void pause();
     void changeState(GstState state); // not after a failed start
-    void seekTo(qint64 target);       // ns; the store has been flushed
+    void seekTo(qint64 target);       // ns; flush the store first
 
     void storeSample(GstSample* sample); // takes over the reference; releases it if not accepting
     qint64 firstSampleTime();            // us, -1: the store is empty

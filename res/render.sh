@@ -32,8 +32,8 @@ for name in "${photos[@]}"; do
 done
 
 # The labels are shown at an eighth of their size with linear filtering only, so their edges are
-# softened here. White everywhere, also where nothing shows: only the alpha differs, or a dark rim
-# would come up around the strokes.
+# softened here. Every pixel is white and only alpha differs: otherwise the filtering would draw a
+# dark rim around the strokes.
 rsvg-convert svg/text.svg -o "$scratch/text.png"
 convert "$scratch/text.png" -alpha extract -blur 0x2 "$scratch/alpha.png"
 convert -size 1024x256 xc:white "$scratch/alpha.png" -alpha off -compose CopyOpacity -composite \

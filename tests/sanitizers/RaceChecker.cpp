@@ -34,8 +34,8 @@ STAND_IN(_ZN6QMutexD1Ev, __tsan_mutex_destroy(one, 0), )
 STAND_IN(_ZN6QMutex4lockEv, LOCKING(one), LOCKED(one))
 STAND_IN(_ZN6QMutex6unlockEv, UNLOCKING(one), )
 STAND_IN(_ZN14QWaitCondition4waitEP6QMutexm, UNLOCKING(two), (LOCKING(two), LOCKED(two)))
-// A QThread's lock orders the thread's work before the one who sees it finished. The thread takes
-// the lock last when it asks whether to stop, or in exit().
+// Who sees a QThread finished sees all of its work, because both took the QThread's own lock. The
+// thread takes it last when it asks whether to stop, or in exit().
 STAND_IN(_ZNK7QThread23isInterruptionRequestedEv, __tsan_release(one), )
 STAND_IN(_ZN7QThread4exitEi, __tsan_release(one), )
 STAND_IN(_ZN7QThread4waitE14QDeadlineTimer, , if (result & 1) __tsan_acquire(one))

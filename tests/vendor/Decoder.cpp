@@ -1,5 +1,5 @@
-// A decoder like a hardware one: H.264 in, frames as the linked frame exporter puts them out. Its
-// rank makes playbin choose it.
+// A decoder like a hardware one: H.264 in, and out what the frame exporter that is linked in
+// makes of the frames. Its rank makes playbin choose it.
 #include "platform/open/FrameExporter.h"
 
 #include <gst/gst.h>
