@@ -9,7 +9,7 @@ void holdInterrupts();
 // the reason to standard output. Call it once, before the first window.
 bool installSignalHandlers();
 
-// The pipe's reading end, for CInterruptWatch. Each SIGINT writes one byte.
+// The pipe's reading end. Each SIGINT writes one byte.
 int interruptDescriptor();
 
 // Signal context: prints the signal's number and writes to the pipe.

@@ -1,4 +1,3 @@
-#include "app/CInterruptWatch.h"
 #include "app/CPageMain.h"
 #include "app/CommandLine.h"
 #include "app/DisplaySettings.h"
@@ -8,6 +7,7 @@
 #include "common/globals.h"
 
 #include <QApplication>
+#include <QSocketNotifier>
 
 #include <cstdlib>
 
@@ -20,8 +20,8 @@ int runPageManager(QApplication& app)
 {
     g_pPageMain = new CPageMain(nullptr);
     QObject::connect(g_pPageMain, SIGNAL(sgAppExit()), &app, SLOT(quit()));
-    const CInterruptWatch watch(interruptDescriptor());
-    QObject::connect(&watch, SIGNAL(sgInterrupted()), g_pPageMain, SLOT(slotExitApp()));
+    const QSocketNotifier interrupts(interruptDescriptor(), QSocketNotifier::Read);
+    QObject::connect(&interrupts, SIGNAL(activated(int)), g_pPageMain, SLOT(slotExitApp()));
     g_pPageMain->show();
     const int status = QApplication::exec();
     delete g_pPageMain;
