@@ -137,7 +137,7 @@ QModelIndex CTouchList::indexAt(const QPoint& point) const
         return {};
     int row = y / height;
     if (const int current = currentIndex().row(); current != -1 && row > current)
-        row = std::max((y - m_nExtra) / height, current);
+        row = (y - m_nExtra) / height;
     return model()->index(row, 0);
 }
 
