@@ -100,7 +100,7 @@ gpointer classOf(const char* name)
     GstElement* element = gst_element_factory_make(name, nullptr);
     if (!element)
         return nullptr;
-    const gpointer kept = g_type_class_ref(G_OBJECT_TYPE(element));
+    gpointer kept = g_type_class_ref(G_OBJECT_TYPE(element));
     gst_object_unref(gst_object_ref_sink(element));
     return kept;
 }
