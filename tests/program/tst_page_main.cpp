@@ -361,6 +361,7 @@ private slots:
     void displayAndMarginsCount()
     {
         QCOMPARE(QApplication::overrideCursor()->shape(), Qt::BlankCursor);
+        QCOMPARE(QApplication::style()->pixelMetric(QStyle::PM_SmallIconSize), 16);
         QCOMPARE(QApplication::font().pixelSize(), 20);
         QCOMPARE(QApplication::font().family(), QFontDatabase::applicationFontFamilies(0).first());
         QCOMPARE(QSurfaceFormat::defaultFormat().renderableType(), QSurfaceFormat::OpenGLES);
@@ -386,6 +387,8 @@ private:
 
 int main(int argc, char** argv)
 {
+    qputenv("QT_FONT_DPI", "192");
+    ignoreScreenDensity();
     QApplication app(argc, argv);
     QDirIterator font("/usr/share/fonts", {"*.tt?"}, QDir::Files, QDirIterator::Subdirectories);
     TestDevice::write(DevicePaths::kFont, {});

@@ -209,6 +209,9 @@ private slots:
         for (const int x : {159, 160})
             QVERIFY(shown.pixelColor(x, 60).red() > 60 && shown.pixelColor(x, 60).green() > 60);
         QVERIFY(shown.pixelColor(0, 60).green() < 10 && shown.pixelColor(60, 0).blue() < 10);
+        m_surface->resize(49, 240); // less than the frame
+        const QColor middle = picture().pixelColor(24, 60);
+        QVERIFY(middle.red() > 60 && middle.green() > 60);
     }
 
     // From the file to the screen: bars with three quarters of red, green and blue, or nothing.
