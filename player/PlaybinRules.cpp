@@ -18,17 +18,17 @@ bool opensElsewhere(GstElementFactory* factory)
     return !protocols || !g_strv_contains(protocols, "file");
 }
 
-// Their recordings are texts that name other files to open.
-bool readsPlaylists(GstElementFactory* factory)
+// Their recordings are texts that name other files to open: playlists of streams, and timelines.
+bool readsTexts(GstElementFactory* factory)
 {
     const gchar* kind = gst_element_factory_get_metadata(factory, GST_ELEMENT_METADATA_KLASS);
-    return kind && std::strstr(kind, "Adaptive");
+    return kind && (std::strstr(kind, "Adaptive") || std::strstr(kind, "Editing"));
 }
 
 void removeIfForbidden(gpointer feature, gpointer registry)
 {
     auto* factory = GST_ELEMENT_FACTORY(feature);
-    if (opensElsewhere(factory) || readsPlaylists(factory))
+    if (opensElsewhere(factory) || readsTexts(factory))
         gst_registry_remove_feature(GST_REGISTRY(registry), GST_PLUGIN_FEATURE(feature));
 }
 

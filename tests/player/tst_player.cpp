@@ -136,11 +136,19 @@ private slots:
                                 "<SegmentURL media='@'/></SegmentList></Representation>"
                                 "</AdaptationSet></Period></MPD>";
         const QByteArray hls = "#EXTM3U\n#EXT-X-TARGETDURATION:9\n#EXTINF:9,\n@\n#EXT-X-ENDLIST\n";
+        const QByteArray ges =
+            "<ges version='0.7'><project><ressources><asset id='@' "
+            "extractable-type-name='GESUriClip' properties='p, supported-formats=(int)4, "
+            "duration=(guint64)1000000000;'/></ressources><timeline><track caps='video/x-raw(ANY)' "
+            "track-type='4' track-id='0'/><layer priority='0'><clip id='0' asset-id='@' "
+            "type-name='GESUriClip' layer-priority='0' track-types='4' start='0' inpoint='0' "
+            "duration='1000000000' rate='0'/></layer></timeline></project></ges>";
         columns<QByteArray, bool>({"text", "remote"});
         for (const bool remote : {false, true}) {
             row(remote ? "redirect to a server" : "redirect to a file", QByteArray(), remote);
             row(remote ? "HLS from a server" : "HLS from a file", hls, remote);
             row(remote ? "DASH from a server" : "DASH from a file", dash, remote);
+            row(remote ? "timeline from a server" : "timeline from a file", ges, remote);
         }
     }
     void opensTheChosenFileOnly()
