@@ -1,4 +1,5 @@
 #include "app/CPageMain.h"
+#include "app/CServiceWatch.h"
 #include "app/CommandLine.h"
 #include "app/DisplaySettings.h"
 #include "app/HeapSettings.h"
@@ -22,6 +23,7 @@ int runPageManager(QApplication& app)
     QObject::connect(g_pPageMain, SIGNAL(sgAppExit()), &app, SLOT(quit()));
     const QSocketNotifier interrupts(interruptDescriptor(), QSocketNotifier::Read);
     QObject::connect(&interrupts, SIGNAL(activated(int)), g_pPageMain, SLOT(slotExitApp()));
+    const CServiceWatch serviceWatch;
     g_pPageMain->show();
     const int status = QApplication::exec();
     delete g_pPageMain;

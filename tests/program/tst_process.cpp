@@ -10,7 +10,10 @@
 
 #include <fcntl.h>
 #include <sys/ioctl.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
+#include <sys/un.h>
+#include <unistd.h>
 
 namespace {
 
@@ -94,6 +97,27 @@ private slots:
         QVERIFY(program.ended());
         QCOMPARE(program.end(0), 69);
         QVERIFY(program.output().contains("'minimal' cannot draw with OpenGL"));
+    }
+
+    void tellsTheServiceManagerThatItIsAlive()
+    {
+        const TestDevice device;
+        sockaddr_un address = {AF_UNIX, {}};
+        qstrncpy(address.sun_path, qPrintable(device.path("notify")), sizeof address.sun_path);
+        const int manager = socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
+        QCOMPARE(bind(manager, reinterpret_cast<sockaddr*>(&address), sizeof address), 0);
+        qputenv("NOTIFY_SOCKET", address.sun_path);
+        qputenv("WATCHDOG_USEC", "600000");
+        Program program;
+        qunsetenv("NOTIFY_SOCKET");
+        qunsetenv("WATCHDOG_USEC");
+        char text[100] = {};
+        const auto told = [&] { return recv(manager, text, sizeof text, 0) > 0; };
+        QVERIFY(QTest::qWaitFor(told, kLimitMs) && QTest::qWaitFor(told, kLimitMs));
+        QCOMPARE(text, "WATCHDOG=1");
+        program.signal(SIGINT);
+        QVERIFY(program.ended());
+        close(manager);
     }
 
     void leavesOnInterrupt_data()
