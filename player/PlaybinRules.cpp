@@ -25,10 +25,17 @@ bool readsTexts(GstElementFactory* factory)
     return kind && (std::strstr(kind, "Adaptive") || std::strstr(kind, "Editing"));
 }
 
+// It decodes as many frames as a recording's header says of each packet, up to 2^31, and nothing
+// can stop it. Other decoders do not.
+bool decodesForEver(GstElementFactory* factory)
+{
+    return std::strcmp(GST_OBJECT_NAME(factory), "speexdec") == 0;
+}
+
 void removeIfForbidden(gpointer feature, gpointer registry)
 {
     auto* factory = GST_ELEMENT_FACTORY(feature);
-    if (opensElsewhere(factory) || readsTexts(factory))
+    if (opensElsewhere(factory) || readsTexts(factory) || decodesForEver(factory))
         gst_registry_remove_feature(GST_REGISTRY(registry), GST_PLUGIN_FEATURE(feature));
 }
 
