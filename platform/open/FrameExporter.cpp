@@ -30,6 +30,8 @@ constexpr GstClockTime kEndPatience = 3 * GST_SECOND;
 constexpr GstClockTime kLongestStay = 30 * GST_SECOND;
 
 #define EXPORTER_SIZES "width = [ 1, 16384 ], height = [ 1, 16384 ]"
+// The largest picture of H.264 and H.265, whatever the level.
+constexpr qint64 kMostPixels = 139264L * 256;
 
 GstStaticPadTemplate s_SinkTemplate = GST_STATIC_PAD_TEMPLATE(
     "sink", GST_PAD_SINK, GST_PAD_ALWAYS,
@@ -130,6 +132,11 @@ gboolean setCaps(GstBaseTransform* base, GstCaps* in, GstCaps*)
     ExporterState& state = stateOf(base);
     if (!gst_video_info_from_caps(&state.info, in))
         return FALSE;
+    if (qint64(state.info.width) * state.info.height > kMostPixels) {
+        GST_ELEMENT_ERROR(base, STREAM, FORMAT, ("The picture is too large."),
+                          ("%d by %d pixels are too large", state.info.width, state.info.height));
+        return FALSE;
+    }
     state.colours = coloursOf(in);
     state.blocks = std::make_shared<BlockStore>(
         tightNv12Size(evenSize(state.info.width), evenSize(state.info.height)));

@@ -401,6 +401,28 @@ private slots:
         buffer = gst_buffer_new();
         QCOMPARE(exported("video/x-raw, format = I420, width = 4, height = 2", buffer), "");
     }
+
+    // Four frames of the size that GStreamer allows would be 1.6 GB.
+    void refusesHugePictures()
+    {
+        GstElement* exporter = GST_ELEMENT(gst_object_ref_sink(newFrameExporter()));
+        GstPad* in = gst_element_get_static_pad(exporter, "sink");
+        gst_element_set_state(exporter, GST_STATE_PAUSED);
+        gst_pad_send_event(in, gst_event_new_stream_start("s"));
+        const auto takes = [in](int height) {
+            GstCaps* caps =
+                gst_caps_new_simple("video/x-raw", "format", G_TYPE_STRING, "NV12", "width",
+                                    G_TYPE_INT, 8192, "height", G_TYPE_INT, height, nullptr);
+            GstEvent* event = gst_event_new_caps(caps);
+            gst_caps_unref(caps);
+            return gst_pad_send_event(in, event) != FALSE;
+        };
+        QVERIFY(takes(4352));
+        QVERIFY(!takes(4354));
+        gst_element_set_state(exporter, GST_STATE_NULL);
+        gst_object_unref(in);
+        gst_object_unref(exporter);
+    }
 };
 
 QTEST_GUILESS_MAIN(tst_other_platform)
