@@ -365,9 +365,9 @@ private slots:
     void readsTheFramesOwnBytesOnly_data()
     {
         columns<int, gint, gsize, guint, QByteArray>(
-            {"planes", "stride", "colours", "left", "expected"});
+            {"planes", "stride", "colours", "corner", "expected"});
         row("padded rows", 2, 8, gsize(32), 0U, QByteArray("0001020308090a0b20212223"));
-        row("crop", 2, 8, gsize(32), 2U, QByteArray("020304050a0b0c0d22232425"));
+        row("crop", 2, 8, gsize(32), 2U, QByteArray("121314151a1b1c1d2a2b2c2d"));
         row("crop past the edge", 2, 8, gsize(32), 5U, QByteArray());
         row("one plane", 1, 8, gsize(32), 0U, QByteArray());
         row("three planes", 3, 8, gsize(32), 0U, QByteArray());
@@ -384,7 +384,7 @@ private slots:
         QFETCH(int, planes);
         QFETCH(gint, stride);
         QFETCH(gsize, colours);
-        QFETCH(guint, left);
+        QFETCH(guint, corner);
         QFETCH(QByteArray, expected);
         GstBuffer* buffer = gst_buffer_new_allocate(nullptr, 48, nullptr);
         for (guint8 i = 0; i < 48; ++i)
@@ -394,7 +394,7 @@ private slots:
         gst_buffer_add_video_meta_full(buffer, GST_VIDEO_FRAME_FLAG_NONE, GST_VIDEO_FORMAT_NV12, 8,
                                        4, guint(planes), offsets, strides);
         GstVideoCropMeta* crop = gst_buffer_add_video_crop_meta(buffer);
-        crop->x = left;
+        crop->x = crop->y = corner;
         crop->width = 4;
         crop->height = 2;
         QCOMPARE(exported("video/x-raw, format = NV12, width = 4, height = 2", buffer), expected);
