@@ -327,9 +327,11 @@ private slots:
     }
 
     // A caller that the hub has no descriptor for stays in its queue: the hub must not spin.
+    // Without a prompt, it reads nothing of what is typed.
     void callerWithoutDescriptor()
     {
-        HubProcess hub;
+        HubProcess hub({"--no-prompt"});
+        hub.typeLast("quit");
         const auto id = static_cast<pid_t>(hub.id());
         rlimit enough;
         prlimit(id, RLIMIT_NOFILE, nullptr, &enough);
