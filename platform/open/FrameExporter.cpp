@@ -186,7 +186,7 @@ gboolean proposeAllocation(GstBaseTransform*, GstQuery*, GstQuery* query)
     return TRUE;
 }
 
-// The base class would use the sink's allocator; frames come from our pool only.
+// GstBaseTransform would use the sink's allocator; frames come from our pool only.
 gboolean decideAllocation(GstBaseTransform*, GstQuery*)
 {
     return TRUE;
