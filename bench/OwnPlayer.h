@@ -65,6 +65,15 @@ inline int entries(const char* folder)
     return QDir(folder).entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::System).size();
 }
 
+// Makes this folder the root of the recordings.
+inline void listOnly(const QString& root)
+{
+    QDir().mkpath(QFileInfo(DevicePaths::kSystemConfig).path());
+    QFile config(DevicePaths::kSystemConfig);
+    config.open(QIODevice::WriteOnly);
+    config.write(root.toLocal8Bit());
+}
+
 // The player, with these files as its only recordings.
 class OwnPlayer
 {
@@ -74,11 +83,7 @@ public:
         for (const QString& file : files)
             QFile::link(QFileInfo(file).absoluteFilePath(),
                         m_root.filePath(QFileInfo(file).fileName()));
-        QDir().mkpath(QFileInfo(DevicePaths::kSystemConfig).path());
-        QFile config(DevicePaths::kSystemConfig);
-        config.open(QIODevice::WriteOnly);
-        config.write(m_root.path().toLocal8Bit());
-        config.close();
+        listOnly(m_root.path());
         m_window = std::make_unique<CPageMain>(nullptr);
         page = m_window->findChild<CPagePlayer*>();
         list = m_window->findChild<QListWidget*>();

@@ -2,23 +2,13 @@
 // start, a key, a mark, a tap, the return to the list, and standing still. The recordings are empty
 // files in a temporary folder. It prints medians and, for keys, the longest wait for the picture;
 // CPU is that of the process and includes painting. Needs a display and a build with a DEVICE_ROOT.
-#include "app/CPageMain.h"
-#include "app/DisplaySettings.h"
 #include "app/HeapSettings.h"
-#include "common/DevicePaths.h"
+#include "bench/OwnPlayer.h"
 
-#include <QApplication>
-#include <QDir>
-#include <QElapsedTimer>
-#include <QFileInfo>
 #include <QKeyEvent>
-#include <QListWidget>
-#include <QTemporaryDir>
-#include <QThread>
 
 #include <algorithm>
 #include <cstdio>
-#include <functional>
 #include <vector>
 
 #include <sys/resource.h>
@@ -63,10 +53,7 @@ void makeDevice(const QDir& root, int count)
     for (int i = 0; i < count; ++i)
         QFile(root.filePath(QStringLiteral("2024-03-05_%1.mp4").arg((i * 7919LL) % 1000003)))
             .open(QIODevice::WriteOnly);
-    QDir().mkpath(QFileInfo(DevicePaths::kSystemConfig).path());
-    QFile config(DevicePaths::kSystemConfig);
-    config.open(QIODevice::WriteOnly);
-    config.write(root.path().toLocal8Bit());
+    listOnly(root.path());
 }
 
 void click(int key)
