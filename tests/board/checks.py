@@ -407,6 +407,20 @@ def it_comes_back_from_power_off(player):
 
 
 @check_of("long")
+def frozen_it_comes_back(player):
+    drop_in = "/run/systemd/system/quadplayer.service.d"
+    player.shell(f"mkdir {drop_in}; printf '[Service]\\nWatchdogSec=20\\nTimeoutAbortSec=5\\n' > {drop_in}/a.conf; "
+                 "systemctl daemon-reload")
+    player.restart()
+    player.shell("systemctl kill -s STOP quadplayer")
+    player.wait(lambda: player.property("NRestarts") == "1", "a restart")
+    player.see("list")
+    expect(player.shell("fgconsole") == "7", "its console stays in front from start to start")
+    player.shell(f"rm -r {drop_in}; systemctl daemon-reload")
+    player.restart()
+
+
+@check_of("long")
 def no_key_waits_for_what_is_done_ahead(player):
     player.restart()
     waits = []
