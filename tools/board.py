@@ -138,9 +138,14 @@ class Board:
         return output.strip()
 
 
+def crop(image, area):
+    """The area, given in fractions of the image."""
+    return image.crop([int(edge * image.size[i % 2]) for i, edge in enumerate(area)])
+
+
 def mask(image, colour, tolerance=40, area=(0, 0, 1, 1)):
-    """White where the area, given in fractions of the image, has the colour."""
-    image = image.crop([int(edge * image.size[i % 2]) for i, edge in enumerate(area)])
+    """White where the area has the colour."""
+    image = crop(image, area)
     bands = ImageChops.difference(image, Image.new("RGB", image.size, colour)).split()
     largest = ImageChops.lighter(ImageChops.lighter(bands[0], bands[1]), bands[2])
     return largest.point(lambda value: 255 * (value <= tolerance))

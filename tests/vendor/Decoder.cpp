@@ -1,5 +1,5 @@
-// A decoder like a hardware one: H.264 in, and out what the frame exporter that is linked in
-// makes of the frames. Its rank makes playbin choose it.
+// Decoders like hardware ones: H.264 or JPEG in, and out what the frame exporter that is linked in
+// makes of the frames. Their rank makes playbin choose them.
 #include "platform/open/FrameExporter.h"
 
 #include <gst/gst.h>
@@ -8,25 +8,36 @@ namespace {
 
 constexpr guint kBeforeAllOthers = GST_RANK_PRIMARY + 100;
 
-GstStaticPadTemplate s_SinkTemplate = GST_STATIC_PAD_TEMPLATE(
-    "sink", GST_PAD_SINK, GST_PAD_ALWAYS, GST_STATIC_CAPS("video/x-h264, alignment = au"));
+struct Codec
+{
+    const char* name;
+    const char* software; // the element that decodes
+    GstStaticPadTemplate sink;
+};
+Codec s_codecs[] = {
+    {"quadplayerh264decoder", "avdec_h264",
+     GST_STATIC_PAD_TEMPLATE("sink", GST_PAD_SINK, GST_PAD_ALWAYS,
+                             GST_STATIC_CAPS("video/x-h264, alignment = au"))},
+    {"quadplayerjpegdecoder", "avdec_mjpeg",
+     GST_STATIC_PAD_TEMPLATE("sink", GST_PAD_SINK, GST_PAD_ALWAYS, GST_STATIC_CAPS("image/jpeg"))}};
 GstStaticPadTemplate s_SourceTemplate = GST_STATIC_PAD_TEMPLATE(
     "src", GST_PAD_SRC, GST_PAD_ALWAYS, GST_STATIC_CAPS("video/x-raw, format = NV12"));
 
-} // namespace
-
-struct QuadplayerDecoder
-{
-    GstBin base;
-};
-struct QuadplayerDecoderClass
+struct DecoderClass
 {
     GstBinClass base;
+    Codec* codec;
 };
 
-G_DEFINE_TYPE(QuadplayerDecoder, quadplayer_decoder, GST_TYPE_BIN)
-
-namespace {
+void initClass(gpointer klass, gpointer codec)
+{
+    static_cast<DecoderClass*>(klass)->codec = static_cast<Codec*>(codec);
+    GstElementClass* element = GST_ELEMENT_CLASS(klass);
+    gst_element_class_add_static_pad_template(element, &static_cast<Codec*>(codec)->sink);
+    gst_element_class_add_static_pad_template(element, &s_SourceTemplate);
+    gst_element_class_set_static_metadata(element, "Decoder", "Codec/Decoder/Video/Hardware",
+                                          "In place of a hardware decoder", "quadplayer");
+}
 
 void addGhostPad(GstElement* bin, GstElement* element, GstStaticPadTemplate* pad)
 {
@@ -37,35 +48,34 @@ void addGhostPad(GstElement* bin, GstElement* element, GstStaticPadTemplate* pad
     gst_object_unref(target);
 }
 
-gboolean registerDecoder(GstPlugin* plugin)
+void initDecoder(GTypeInstance* decoder, gpointer klass)
 {
-    return gst_element_register(plugin, "quadplayerdecoder", kBeforeAllOthers,
-                                quadplayer_decoder_get_type());
-}
-
-} // namespace
-
-static void quadplayer_decoder_class_init(QuadplayerDecoderClass* klass)
-{
-    GstElementClass* element = GST_ELEMENT_CLASS(klass);
-    gst_element_class_add_static_pad_template(element, &s_SinkTemplate);
-    gst_element_class_add_static_pad_template(element, &s_SourceTemplate);
-    gst_element_class_set_static_metadata(element, "H.264 decoder", "Codec/Decoder/Video/Hardware",
-                                          "In place of a hardware decoder", "quadplayer");
-}
-
-static void quadplayer_decoder_init(QuadplayerDecoder* decoder)
-{
-    GstElement* software = gst_element_factory_make("avdec_h264", nullptr);
+    Codec* codec = static_cast<DecoderClass*>(klass)->codec;
+    GstElement* software = gst_element_factory_make(codec->software, nullptr);
     GstElement* convert = gst_element_factory_make("videoconvert", nullptr);
     GstElement* exporter = newFrameExporter();
     gst_bin_add_many(GST_BIN(decoder), software, convert, exporter, nullptr);
     gst_element_link_many(software, convert, exporter, nullptr);
-    addGhostPad(GST_ELEMENT(decoder), software, &s_SinkTemplate);
+    addGhostPad(GST_ELEMENT(decoder), software, &codec->sink);
     addGhostPad(GST_ELEMENT(decoder), exporter, &s_SourceTemplate);
 }
 
+gboolean registerDecoders(GstPlugin* plugin)
+{
+    for (Codec& codec : s_codecs) {
+        const GTypeInfo info = {
+            sizeof(DecoderClass), nullptr, nullptr,     initClass, nullptr, &codec,
+            sizeof(GstBin),       0,       initDecoder, nullptr};
+        const GType type = g_type_register_static(GST_TYPE_BIN, codec.name, &info, {});
+        if (!gst_element_register(plugin, codec.name, kBeforeAllOthers, type))
+            return FALSE;
+    }
+    return TRUE;
+}
+
+} // namespace
+
 #define PACKAGE "quadplayer"
 GST_PLUGIN_DEFINE(GST_VERSION_MAJOR, GST_VERSION_MINOR, quadplayerdecoder,
-                  "In place of a hardware decoder", registerDecoder, "1.0", "MIT/X11", PACKAGE,
+                  "In place of a hardware decoder", registerDecoders, "1.0", "MIT/X11", PACKAGE,
                   "quadplayer")
