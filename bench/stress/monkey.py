@@ -91,7 +91,7 @@ class Monkey:
         self.run.act("mousemove", *PLAY, "click", 1)
         session.until(self.run.plays, "the player after a tap on Play")
         self.leave_player()
-        time.sleep(1)
+        session.until(lambda: GOOD in self.run.rows()[1], "the device's folder")
 
     def show_picture(self):
         folders, videos = self.run.rows()
