@@ -39,12 +39,10 @@ void initClass(gpointer klass, gpointer codec)
                                           "In place of a hardware decoder", "quadplayer");
 }
 
-void addGhostPad(GstElement* bin, GstElement* element, GstStaticPadTemplate* pad)
+void addGhostPad(GstElement* bin, GstElement* element, const char* name)
 {
-    GstPad* target = gst_element_get_static_pad(element, pad->name_template);
-    GstPadTemplate* shape = gst_static_pad_template_get(pad);
-    gst_element_add_pad(bin, gst_ghost_pad_new_from_template(pad->name_template, target, shape));
-    gst_object_unref(shape);
+    GstPad* target = gst_element_get_static_pad(element, name);
+    gst_element_add_pad(bin, gst_ghost_pad_new(name, target));
     gst_object_unref(target);
 }
 
@@ -56,8 +54,8 @@ void initDecoder(GTypeInstance* decoder, gpointer klass)
     GstElement* exporter = newFrameExporter();
     gst_bin_add_many(GST_BIN(decoder), software, convert, exporter, nullptr);
     gst_element_link_many(software, convert, exporter, nullptr);
-    addGhostPad(GST_ELEMENT(decoder), software, &codec->sink);
-    addGhostPad(GST_ELEMENT(decoder), exporter, &s_SourceTemplate);
+    addGhostPad(GST_ELEMENT(decoder), software, "sink");
+    addGhostPad(GST_ELEMENT(decoder), exporter, "src");
 }
 
 gboolean registerDecoders(GstPlugin* plugin)
