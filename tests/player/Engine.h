@@ -19,6 +19,11 @@ inline QByteArray clip(const QString& name)
     return QFile::encodeName(QDir(QStringLiteral(CLIP_DIR)).absoluteFilePath(name));
 }
 
+struct Clock : QElapsedTimer
+{
+    Clock() { start(); }
+};
+
 // The signals come from several threads. This object is their context, so the test's thread counts
 // them.
 struct Engine : QObject
