@@ -1,28 +1,21 @@
 #!/bin/sh
-# make-clips.sh DIR: makes the clips that the tests play. Each is moved to DIR when it is complete, so
-# an interrupted run leaves no half clip. The file .made comes last.
+# make-clips.sh DIR: makes the clips that the tests play. The file .made comes last: without it, an
+# interrupted run begins again.
 set -eu
 
-dir=${1:?usage: make-clips.sh DIR}
-mkdir -p "$dir"
-work=$dir/.work
-rm -rf "$work" "$dir/.made"
-mkdir "$work"
-
-keep() {
-    mv "$work/$1" "$dir/$1"
-}
+mkdir -p "${1:?usage: make-clips.sh DIR}"
+cd "$1"
+rm -f .made resized.mp4
 
 # clip NAME ELEMENTS...: makes a clip. Shows the output of gst-launch only if it fails.
 clip() {
     name=$1
     shift
-    timeout 60 gst-launch-1.0 -q "$@" ! filesink location="$work/$name" >"$work/log" 2>&1 || {
-        cat "$work/log" >&2
+    timeout 60 gst-launch-1.0 -q "$@" ! filesink location="$name" >log 2>&1 || {
+        cat log >&2
         echo "make-clips.sh: could not make $name" >&2
         exit 1
     }
-    keep "$name"
 }
 
 # raw FORMAT WIDTH HEIGHT FPS
@@ -41,10 +34,8 @@ clip talking.mp4 audiotestsrc num-buffers=86 samplesperbuffer=1024 freq=440 volu
 
 # 2 s, 30 fps, under three names: one has blanks and is not ASCII, one has a # that no URI may have.
 clip silent.mp4 $ball=60 ! "$(raw I420 320 240 30)" ! $h264 ! h264parse ! mp4mux
-for name in "名 mit Ümlaut.mp4" "a#b.mp4"; do
-    cp "$dir/silent.mp4" "$work/$name"
-    keep "$name"
-done
+cp silent.mp4 "名 mit Ümlaut.mp4"
+cp silent.mp4 "a#b.mp4"
 
 # 1 s, 25 frames, but 23 decoded timestamps, because AVI has no presentation times.
 clip bframes.avi $ball=25 ! "$(raw I420 320 240 25)" \
@@ -91,25 +82,20 @@ clip odd.avi videotestsrc num-buffers=5 ! "$(raw I420 53 41 10)" ! jpegenc ! avi
 # two of U and V each, with four bytes a row. In Matroska, which takes any size.
 for first in A B C D E F G H I J; do
     printf '%sbc-def-ghi-----UX--ux--VY--vy--' $first
-done > "$work/pixels"
-clip tiny.avi filesrc location="$work/pixels" \
+done >pixels
+clip tiny.avi filesrc location=pixels \
     ! rawvideoparse format=i420 width=3 height=3 framerate=10/1 ! matroskamux
 
 # 13 frames of 320x240, then 13 of 160x120, 25 fps, bare H.264.
 for size in "320 240" "160 120"; do
     clip part $ball=13 ! "$(raw I420 $size 25)" ! $h264 ! video/x-h264,stream-format=byte-stream
-    cat "$dir/part" >>"$work/resized.mp4"
+    cat part >>resized.mp4
 done
-rm "$dir/part"
-keep resized.mp4
 
 # Starts, then ends in an error: keeps its headers and its index, but all pictures are zeros.
-index=$(grep -abo moov "$dir/silent.mp4" | head -n 1 | cut -d : -f 1)
-cp "$dir/silent.mp4" "$work/damaged.mp4"
-dd if=/dev/zero of="$work/damaged.mp4" bs=1 seek=64 count=$((index - 70)) conv=notrunc 2>"$work/log"
-keep damaged.mp4
+index=$(grep -abo moov silent.mp4 | head -n 1 | cut -d : -f 1)
+cp silent.mp4 damaged.mp4
+dd if=/dev/zero of=damaged.mp4 bs=1 seek=64 count=$((index - 70)) conv=notrunc 2>log
 
-echo "This is a text that only calls itself a video." >"$dir/notvideo.mp4"
-
-rm -r "$work"
-touch "$dir/.made"
+echo "This is a text that only calls itself a video." >notvideo.mp4
+touch .made
