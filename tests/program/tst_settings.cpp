@@ -1,7 +1,6 @@
-// The command line, the margins and the play list.
+// The command line and the margins.
 #include "app/CommandLine.h"
 #include "app/SignalHandler.h"
-#include "common/CPlayerDatas.h"
 #include "common/PositionConfig.h"
 #include "common/globals.h"
 #include "tests/Rows.h"
@@ -82,25 +81,6 @@ private slots:
         for (const int* inset : insets)
             values << QString::number(*inset);
         QTEST(values.join(' '), "expected");
-    }
-
-    void playListWalksFromBeforeTheFirstToBehindTheLast()
-    {
-        CPlayerDatas* files = CPlayerDatas::getInstance();
-        files->addFile(QString());
-        QVERIFY(!files->next() && files->isEmpty());
-        files->addFile("A");
-        files->addFile("B");
-        QStringList walk;
-        while (files->next())
-            walk << (files->isEnd() ? "end" : files->currentFile());
-        QCOMPARE(walk.join(", "), QString("A, B, end"));
-        files->clearFiles();
-        files->addFile("C");
-        QVERIFY(files->next() && files->currentFile() == "C");
-        CPlayerDatas::releaseInstance(); // the next instance is empty
-        QVERIFY(CPlayerDatas::getInstance()->isEmpty());
-        CPlayerDatas::releaseInstance();
     }
 };
 
