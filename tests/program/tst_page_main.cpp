@@ -156,16 +156,6 @@ private slots:
         QCOMPARE(hub.endWhenPlayerLeft().count(kAppSwitch), 1);
     }
 
-    void deviceCannotForceTheExit()
-    {
-        HubProcess hub;
-        const Window w({});
-        QVERIFY(hub.waitFor("connected"));
-        hub.type("exit-request");
-        QVERIFY(hub.waitFor("sent 1 of 1"));
-        QVERIFY(!QTest::qWaitFor([&] { return w.main->isHidden(); }, 300));
-    }
-
     void playsMarkedFilesAndComesBack()
     {
         const Window w({"quads.mp4", "名 mit Ümlaut.mp4"});

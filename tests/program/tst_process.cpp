@@ -73,10 +73,11 @@ private slots:
         QFETCH(QByteArray, exit);
         const TestDevice device({"silent.mp4"});
         TestDevice::write(DevicePaths::kPositionConfig, "EGL_MARGIN=1,2,3,4\n");
-        HubProcess hub;
+        HubProcess hub({"exit-request"}); // which the device cannot force
         Program program(arguments);
         QVERIFY(program.prints("Margin: L T R B = 1   2   3   4"));
         QVERIFY(program.takesKeys());
+        QVERIFY(hub.waitFor("sent 1 of 1"));
         Program::key(markAndPlay);
         QVERIFY(program.prints("slotPagePlayerListToPagePlayer() ..."));
         QVERIFY(program.prints("End of stream!!!"));
