@@ -1,6 +1,5 @@
 // The control bar on screen, driven by real keys and clicks.
 #include "common/globals.h"
-#include "common/noFocusStyle.h"
 #include "pages/player/CPagePlayerControl.h"
 #include "tests/Rows.h"
 
@@ -202,25 +201,6 @@ private slots:
         QVERIFY(m_pLabel->font().bold());
         const int after = 790 - m_pLabel->geometry().right() - 1;
         QVERIFY(qAbs(m_pLabel->x() - x - 3 * after) <= 3);
-    }
-
-    // From the widget's corner, whatever rectangle it is for, and 8 larger than that.
-    void framesFollowTheirRectangle()
-    {
-        const auto differ = [](const QStyle& style, const char* name, Qt::AspectRatioMode mode) {
-            QImage drawn(120, 60, QImage::Format_ARGB32_Premultiplied);
-            drawn.fill(Qt::white);
-            QImage expected = drawn;
-            QStyleOptionFocusRect option;
-            option.rect = QRect(5, 5, 92, 32);
-            QPainter painter(&drawn);
-            style.drawPrimitive(QStyle::PE_FrameFocusRect, &option, &painter);
-            QPainter(&expected).drawPixmap(0, 0, QPixmap(name).scaled(100, 40, mode));
-            return drawn != expected;
-        };
-        QVERIFY(!differ(noFocusStyle(), ":/image/s1.png", Qt::KeepAspectRatio));
-        QVERIFY(differ(noFocusStyle(), ":/image/s2.png", Qt::KeepAspectRatio));
-        QVERIFY(!differ(noFocusStyle_1(), ":/image/s2.png", Qt::IgnoreAspectRatio));
     }
 
 private:

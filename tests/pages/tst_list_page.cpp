@@ -314,15 +314,21 @@ private slots:
         const auto picture = [](const QIcon& icon) { return icon.pixmap(25).toImage(); };
         const QStyle::StandardPixmap icons[] = {QStyle::SP_MediaPlay, QStyle::SP_DialogOkButton,
                                                 QStyle::SP_TitleBarCloseButton};
+        const QPixmap ring(":/image/s2.png");
         for (int i = 0; i < m_vecButtons.size(); ++i) {
             QPushButton* button = m_vecButtons[i];
             QCOMPARE(button->geometry(), QRect(70 + i * 120, 655, 105, 35));
             QCOMPARE(button->iconSize().width(), i == 1 ? 22 : 25);
             QCOMPARE(picture(button->icon()), picture(m_page->style()->standardIcon(icons[i])));
             m_pList->setFocus();
-            const QImage plain = button->grab().toImage();
+            QImage drawn = button->grab().toImage();
+            QStyleOptionButton option;
+            option.initFrom(button);
+            const auto focus = QStyle::SE_PushButtonFocusRect; // the frame is 8 larger
+            const QSize frame = button->style()->subElementRect(focus, &option, button).size();
+            QPainter(&drawn).drawPixmap(0, 0, ring.scaled(frame + QSize(8, 8)));
             button->setFocus();
-            QVERIFY(button->grab().toImage() != plain);
+            QCOMPARE(button->grab().toImage(), drawn);
         }
         const auto* clock = m_page->findChild<QLabel*>();
         QVERIFY(clock->x() > 800 && clock->geometry().right() + 1 == 1280 - 70);
