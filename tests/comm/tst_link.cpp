@@ -119,10 +119,6 @@ struct Link
     }
     ~Link() { comm.exitInnerComm(); }
     QTimer* timer() const { return comm.findChild<QTimer*>(); }
-    bool hasRequests(int count) const
-    {
-        return QTest::qWaitFor([&] { return requests >= count; }, kLimitMs);
-    }
 
     std::atomic<int> requests{0};
     CInnerCommunication comm;
@@ -201,7 +197,7 @@ private slots:
         hub.type("raw " + bytes.toHex().toUpper());
         hub.type("exit-request");
         QTRY_COMPARE_WITH_TIMEOUT(hub.output().count("sent 1 of 1"), 2, kLimitMs);
-        QVERIFY(link.hasRequests(requests + 1));
+        QTRY_VERIFY_WITH_TIMEOUT(link.requests > requests, kLimitMs);
         QCOMPARE(link.requests.load(), requests + 1);
         QCOMPARE(takeLines().size(), headError ? 2U : 1U); // the first says that the link is up
     }

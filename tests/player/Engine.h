@@ -63,10 +63,6 @@ struct Engine : QObject
         player->playFile(clip(file));
         return QTest::qWaitFor([this] { return frames > 0; }, kLimitMs);
     }
-    bool playsTo(qint64 ns) const
-    {
-        return QTest::qWaitFor([&] { return player->queryPosition() >= ns; }, kLimitMs);
-    }
 
     std::atomic<int> frames{0};
     std::atomic<int> width{0};

@@ -185,7 +185,7 @@ private slots:
         Engine e;
         const Clock clock;
         e.player->playFile(clip("silent.mp4"));
-        QVERIFY(e.playsTo(kSecond / 2));
+        QTRY_VERIFY_WITH_TIMEOUT(e.player->queryPosition() >= kSecond / 2, kLimitMs);
         e.player->playPause();
         const qint64 stoodAt = e.player->queryPosition();
         QTest::qWait(kPausedMs); // time passes: that is what is tested
