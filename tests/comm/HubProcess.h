@@ -22,6 +22,7 @@ public:
 private:
     QTemporaryDir m_folder;
 };
+inline const RuntimeFolder s_runtimeFolder;
 
 class Child
 {

@@ -374,9 +374,6 @@ private slots:
         QVERIFY(reached > 0);
         QCOMPARE(lost.load(), 0);
     }
-
-private:
-    RuntimeFolder m_folder;
 };
 
 QTEST_GUILESS_MAIN(tst_link)

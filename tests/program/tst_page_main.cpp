@@ -117,8 +117,6 @@ class tst_page_main : public QObject
     Q_OBJECT
 
 private slots:
-    void init() { g_bTwoKeyMode = false; }
-
     void preparesTheFirstPlaybackByItself()
     {
         const Window w({});
@@ -370,9 +368,6 @@ private slots:
         w.device.write(DevicePaths::kPositionConfig, "EGL_MARGIN=0,0,0,0\nEGL_PADDING=0,0,0,0\n");
         readPositionConfig();
     }
-
-private:
-    RuntimeFolder m_folder;
 };
 
 int main(int argc, char** argv)

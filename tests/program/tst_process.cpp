@@ -179,9 +179,6 @@ private slots:
         QCOMPARE(program.end(0), 0);
         close(errors);
     }
-
-private:
-    RuntimeFolder m_folder;
 };
 
 QTEST_GUILESS_MAIN(tst_process)
