@@ -6,9 +6,7 @@
 #include "tests/player/Engine.h"
 
 #include "platform/VideoPath.h"
-#include "platform/open/FrameCounters.h"
 #include "platform/open/FrameExporter.h"
-#include "platform/open/FramePool.h"
 
 #include <functional>
 
