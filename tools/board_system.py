@@ -21,8 +21,8 @@ PACKAGES = """base-files base-passwd bash busybox-static coreutils dash dbus dif
     tar udev util-linux fonts-wqy-zenhei libegl1 libgl1-mesa-dri libgles2""".split()
 PACKAGES += ["gstreamer1.0-libav", "libyuv0"]  # for the stand-ins of the device's libraries
 BOOT_MODULES = ["virtio_pci", "virtio_blk", "ext4"]  # the kernel needs them to mount its disk
-MODULES = BOOT_MODULES + """virtio_gpu virtio_input virtio_console xhci_pci usbhid hid_generic evdev
-    autofs4""".split()
+MODULES = BOOT_MODULES + """virtio_gpu virtio_input virtio_console xhci_pci usbhid hid_generic usb_storage
+    sd_mod evdev autofs4""".split()
 LIBRARIES = "usr/lib/arm-linux-gnueabihf"
 GROUPS = {"group": "input:*:101:\nrender:*:102:\n"}  # udev's package script makes them
 MASKED = """dev-hugepages.mount dev-mqueue.mount kmod-static-nodes.service modprobe@configfs.service

@@ -7,6 +7,7 @@ import json
 import re
 import shutil
 import sys
+import tempfile
 import time
 from pathlib import Path
 
@@ -30,11 +31,13 @@ TIME_WIDTH = 140  # px, at least
 ICON = 38  # px
 VIEWS = {"R": (208, 32, 32), "G": (32, 208, 32), "B": (32, 32, 208), "Y": (208, 208, 32)}
 QUARTERS = [(.1, .1, .4, .35), (.6, .1, .9, .35), (.1, .55, .4, .75), (.6, .55, .9, .75)]
-SHORT, LONG, RAW, BROKEN, TEN_SECONDS, SMALL = range(6)  # the rows of the list
+SHORT, LONG, RAW, BROKEN, TEN_SECONDS, CHANGING = range(6)  # the rows of the list
 PLAY, BACK, FIRST_ROW, QUARTER_2 = (122, -47), (264, -34), (300, 66), (-100, 100)  # places, px
 
 CONFIG = "/home/kvr/1_morvastine/cfg_system.txt"
 MARGINS = "/home/kvr/1_morvastine/cfg_position.txt"
+STICK = "/home/kvr/video/stick"
+FILLER = "/home/filler"
 MP4 = "x264enc key-int-max=10 ! mp4mux"
 JPEG = "jpegenc quality=100 ! avimux"
 COLOURS = [(f"{way}.mp4", f"format=I420,colorimetry={way}:0:0",
@@ -92,7 +95,7 @@ class Player:
         return share(self.board.screen(), MARK, 40, (0, 0, .1, .85)) > 0
 
     def mark(self, row):
-        """Marks a row, or enters the folder there, by keys. The focus may be anywhere on the list page."""
+        """Marks a row, or enters the folder there, by keys. The focus is on the list."""
         self.press("left", "right", "right", "right", *["down"] * row, "ret")
 
     def start(self, row, what="RGBY"):
@@ -130,7 +133,8 @@ class Player:
 
     def recover(self):
         """After a failed check: restores what checks change, and restarts the player."""
-        self.shell(f"rm -f {MARGINS}; tar -x --no-same-owner -f /dev/vdb -C / .{CONFIG}")
+        self.shell(f"rm -f {MARGINS} {FILLER}; umount -l /var {STICK}; rmdir {STICK}; "
+                   f"tar -x --no-same-owner -f /dev/vdb -C / .{CONFIG}")
         self.restart()
 
     def connect_hub(self, who):
@@ -203,7 +207,7 @@ def taps_choose_views_and_go_back(player):
 @check
 def two_keys_alone_play_to_the_end(player):
     player.restart(QUADPLAYER_OPTIONS="--twokeymode=on")
-    player.press("2", *["1"] * (SMALL + 1), "2")  # mark row 0, walk past the last row to Play
+    player.press("2", *["1"] * (CHANGING + 1), "2")  # mark row 0, walk past the last row to Play
     player.see("RGBY")
     player.see("list")
     player.restart()
@@ -240,12 +244,13 @@ def Qt_does_not_warn_of_its_runtime_folder(player):
 
 @check
 def killed_it_comes_back(player):
-    restarts, begin = int(player.property("NRestarts")), time.monotonic()
-    player.shell("systemctl kill -s KILL quadplayer")
-    player.wait(lambda: looks(player.board.screen()) != "list", "no list")
-    player.see("list")
-    print(f"killed to list: {time.monotonic() - begin:.1f} s")
-    expect(player.property("NRestarts") == str(restarts + 1), "one restart")
+    for signal in "KILL", "TERM":
+        restarts, begin = int(player.property("NRestarts")), time.monotonic()
+        player.shell(f"systemctl kill -s {signal} quadplayer")
+        player.wait(lambda: looks(player.board.screen()) != "list", "no list")
+        player.see("list")
+        print(f"SIG{signal} to list: {time.monotonic() - begin:.1f} s")
+        expect(player.property("NRestarts") == str(restarts + 1), "one restart")
 
 
 @check
@@ -322,6 +327,52 @@ def a_slow_disk_delays_the_picture_only(player):
     finally:
         throttle(0)
     player.back()
+
+
+@check
+def a_full_or_read_only_disk_keeps_no_recording_from_playing(player):
+    free = "df -B 1 --output=avail / | tail -n 1"
+    for spoil, mend in ((f"fallocate -l $({free}) {FILLER}; [ $({free}) = 0 ]", f"rm {FILLER}"),
+                        ("mount --bind /var /var; mount -o remount,bind,ro /var", "umount /var")):
+        player.shell(spoil)
+        player.restart()
+        player.start(SHORT)
+        player.see("list")
+        expect(player.property("NRestarts") == "0", "no restart")
+        player.shell("systemctl stop quadplayer; " + mend)
+        player.restart()
+
+
+@check
+def a_stick_may_be_pulled_while_it_plays(player):
+    stick = make_stick(player.board.seen.parent / "stick")
+    player.board.qmp("blockdev-add", **{"driver": "file", "node-name": "stick", "filename": str(stick)})
+
+    def plug():
+        player.board.qmp("device_add", driver="usb-storage", id="stick", drive="stick")
+        player.wait(lambda: player.shell(f"mount -L stick {STICK} && echo here || true") == "here",
+                    "the stick mounted")
+
+    def pull():
+        player.board.qmp("device_del", id="stick")
+
+    player.shell(f"mkdir {STICK}")
+    plug()
+    player.restart()
+    player.mark(0)  # enters the folder
+    player.start(1)  # behind lost+found
+    pull()
+    player.see("idle")
+    print(player.journal("grep 'CPlayer file'"))
+    player.back()
+    player.shell(f"umount -l {STICK}")
+    plug()
+    player.press("backspace", "right", "ret")  # from the empty list, which leaves the focus to Exit
+    player.start(1)
+    player.back()
+    player.shell(f"umount {STICK}; rmdir {STICK}")
+    pull()
+    player.restart()
 
 
 @check
@@ -467,7 +518,7 @@ def the_program_of_the_device_plays_every_frame(player):
     expect("20 frames decoded, 20 drawn" in counts, "all 20 frames were decoded and drawn")
 
 
-def make_recording(file, frames, encoder=MP4, caps="format=I420", size=(320, 240), turned=0):
+def make_recording(file, frames, encoder=MP4, caps="format=I420", size=(320, 240), turned=0, sink="filesink"):
     """At two frames a second, each view in its colour, or in that of another one."""
     width, height = size
     colours = list(VIEWS.values())
@@ -478,15 +529,37 @@ def make_recording(file, frames, encoder=MP4, caps="format=I420", size=(320, 240
     run("sh", "-c", f"gst-launch-1.0 -q compositor name=c sink_1::xpos={width // 2} "
         f"sink_2::ypos={height // 2} sink_3::xpos={width // 2} sink_3::ypos={height // 2} "
         f"! video/x-raw,format=RGB,width={width},height={height} ! videoconvert ! video/x-raw,{caps} "
-        f"! identity eos-after={frames + 1} ! {encoder} ! filesink location={file}" + sources)
+        f"! identity eos-after={frames + 1} ! {encoder} ! {sink} location={file}" + sources)
 
 
 def make_recordings(folder):
     """The names begin with the numbers of the rows."""
-    for name, *how in (("0short.mp4", 10), ("1long.mp4", 400), ("2raw.avi", 20, "avimux"),
-                       ("4ten.mp4", 20), ("5small.mp4", 200, MP4, "format=I420", (192, 144), 1)):
+    ten_bits = MP4, "format=I420_10LE"  # ORC compiles code to convert them
+    for name, *how in (("0short.mp4", 10, *ten_bits), ("1long.mp4", 400), ("2raw.avi", 20, "avimux"),
+                       ("4ten.mp4", 20)):
         make_recording(folder / name, *how)
+    make_changing(folder / "5changing.avi")
     (folder / "3broken.mp4").write_bytes((folder / "1long.mp4").read_bytes()[:4000])
+
+
+def make_changing(file, before=40, after=160):
+    """Its size changes midway."""
+    with tempfile.TemporaryDirectory() as folder:
+        pictures, encoder = f"{folder}/%03d.jpg", "jpegenc quality=100"
+        make_recording(pictures, before, encoder, turned=1, sink="multifilesink")
+        make_recording(pictures, after, encoder, size=(192, 144), turned=2,
+                       sink=f"multifilesink index={before}")
+        run("sh", "-c", f"gst-launch-1.0 -q multifilesrc location={pictures} caps=image/jpeg,width=320,"
+            f"height=240,framerate=2/1 ! avimux ! filesink location={file} 2> /dev/null")  # avimux complains
+
+
+def make_stick(image):
+    """A disk image with one recording, too large to be in memory before the stick is pulled."""
+    with tempfile.TemporaryDirectory() as folder:
+        make_recording(f"{folder}/long.avi", 200, "avimux")
+        image.unlink(missing_ok=True)
+        run("/sbin/mke2fs", "-q", "-t", "ext4", "-L", "stick", "-d", folder, image, "32M")
+    return image
 
 
 def make_extra(folder, package, *more):

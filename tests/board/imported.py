@@ -3,7 +3,7 @@ import re
 
 from PIL import Image, ImageChops
 
-from checks import (COLOURS, CONFIG, LONG, QUARTERS, SHORT, SMALL, VIEWS, check, check_of, crop,
+from checks import (CHANGING, COLOURS, CONFIG, LONG, QUARTERS, SHORT, VIEWS, check, check_of, crop,
                     expect)
 
 COLOUR_OFF = 4  # of 255
@@ -69,17 +69,18 @@ def frames_of_an_open_decoder_are_shown_uncopied(player):
 
 
 @check
-def the_next_file_of_another_size_is_shown_uncopied(player):
+def the_next_file_and_another_size_midway_are_shown_uncopied(player):
     player.restart(**OPEN)
     player.mark(SHORT)
     player.wait(player.marked, "a check mark")  # a slow board loses more keys at once
-    player.start(SMALL)
-    player.see("GBYR")
+    player.start(CHANGING)
+    for views in "GBYR", "BYRG":
+        player.see(views)
     player.back()
     expect(counts(player, "head")[:2] == [10, 0], "all ten frames of the first file exported")
     expect(counts(player)[1] == 0, "no frame uploaded")
-    for size in "320x240 of 320x256", "192x144 of 192x160":
-        player.journal(f"grep -Fx 'frames: imported (NV12, {size})'")
+    said = player.journal("grep -Fxc 'frames: imported (NV12, 320x240 of 320x256)'")
+    expect(said == "2", f"one line for each file, not {said}")
     player.restart()
 
 
