@@ -290,7 +290,8 @@ def after_Exit_it_stays_away(player):
 @check
 def without_a_configuration_it_leaves_the_screen_alone(player):
     player.shell(f"mv {CONFIG} /tmp; systemctl restart quadplayer")
-    player.wait(lambda: player.property("ActiveState") == "inactive", "the unit inactive")
+    player.wait(lambda: player.property("ConditionResult") == "no", "the start refused")
+    player.shell("pgrep -x quadplayer", fails=True)
     player.shell(f"mv /tmp/cfg_system.txt {CONFIG}")
 
 
