@@ -181,6 +181,7 @@ private slots:
             QPushButton* button = m_vecButtons[i];
             QCOMPARE(button->x(), x);
             x += button->width();
+            button->resize(100, button->height()); // another shape than the ring's
             QCOMPARE(button->iconSize(), QSize(38, 38));
             QCOMPARE(picture(button->icon()), picture(QIcon(":/image/" + names[i] + ".png")));
             m_pPage->setFocus();
