@@ -320,6 +320,7 @@ private slots:
             QCOMPARE(button->geometry(), QRect(70 + i * 120, 655, 105, 35));
             QCOMPARE(button->iconSize().width(), i == 1 ? 22 : 25);
             QCOMPARE(picture(button->icon()), picture(m_page->style()->standardIcon(icons[i])));
+            button->setFixedSize(60, 35); // another shape than the ring's
             m_pList->setFocus();
             QImage drawn = button->grab().toImage();
             QStyleOptionButton option;
