@@ -480,19 +480,6 @@ def no_key_waits_for_what_is_done_ahead(player):
 
 
 @check_of("long")
-def thirty_times_Play_and_Back_take_no_memory(player):
-    sizes = []
-    for _ in range(30):
-        player.start(LONG)
-        player.back()
-        sizes.append(int(player.shell("sed -n 's/VmRSS:[^0-9]*\\([0-9]*\\).*/\\1/p' "
-                                      "/proc/$(pgrep -x quadplayer)/status")))
-    print("kB:", *sizes)
-    expect(max(sizes[5:]) - sizes[4] < 5000, "no more than 5 MB after the fifth time")
-    expect(player.property("NRestarts") == "0", "no restart")
-
-
-@check_of("long")
 def ten_thousand_recordings_are_all_in_the_journal(player):
     thousands_of_recordings_are_all_in_the_journal(player, 10000)
 
@@ -514,9 +501,7 @@ def the_program_of_the_device_plays_every_frame(player):
     player.press("up", "ret")  # from Play to Exit
     player.wait(lambda: player.property("ActiveState") == "inactive", "the unit inactive")
     expect(player.property("Result") == "success", "the unit ended well")
-    counts = player.journal("grep stand-ins:")
-    print(counts)
-    expect("20 frames decoded, 20 drawn" in counts, "all 20 frames were decoded and drawn")
+    player.journal("grep '^frames: 20 exported, 20 uploaded'")
 
 
 def make_recording(file, frames, encoder=MP4, caps="format=I420", size=(320, 240), turned=0, sink="filesink"):

@@ -112,14 +112,18 @@ def colours_are_those_that_were_recorded(player):
 
 
 @check_of("long")
-def thirty_times_Play_and_Back_take_no_buffers(player):
-    player.restart(**OPEN)
-    used = []
-    for _ in range(30):
-        player.start(LONG)
-        player.back()
-        player.wait(lambda: usage(player)[0] == 0, "the decoder's memory gone with the file")
-        used.append(usage(player)[1])
-    print("descriptors:", *used)
-    expect(max(used) == used[0], "as many descriptors as after the first time")
-    player.restart()
+def thirty_times_Play_and_Back_take_nothing(player):
+    for settings in OPEN, {}:
+        player.restart(**settings)
+        descriptors, memory = [], []
+        for _ in range(30):
+            player.start(LONG)
+            player.back()
+            player.wait(lambda: usage(player)[0] == 0, "the decoder's memory gone with the file")
+            descriptors.append(usage(player)[1])
+            memory.append(int(player.shell("sed -n 's/VmRSS:[^0-9]*\\([0-9]*\\).*/\\1/p' "
+                                           "/proc/$(pgrep -x quadplayer)/status")))
+        print("descriptors:", *descriptors, "kB:", *memory)
+        expect(max(descriptors) == descriptors[0], "as many descriptors as after the first time")
+        expect(max(memory[5:]) - memory[4] < 5000, "no more than 5 MB after the fifth time")
+        expect(player.property("NRestarts") == "0", "no restart")
