@@ -323,7 +323,7 @@ def a_slow_disk_delays_the_picture_only(player):
     player.back()
 
 
-@check
+@check_of("long")
 def a_full_or_read_only_disk_keeps_no_recording_from_playing(player):
     free = "df -B 1 --output=avail / | tail -n 1"
     for spoil, mend in ((f"fallocate -l $({free}) {FILLER}; [ $({free}) = 0 ]", f"rm {FILLER}"),
