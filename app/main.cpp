@@ -3,6 +3,7 @@
 #include "app/CommandLine.h"
 #include "app/DisplaySettings.h"
 #include "app/HeapSettings.h"
+#include "app/ResourceCheck.h"
 #include "app/SignalHandler.h"
 #include "common/PositionConfig.h"
 #include "common/globals.h"
@@ -37,6 +38,8 @@ int main(int argc, char** argv)
 {
     holdInterrupts();
     keepHeapSmall();
+    if (!hasEnoughResources())
+        return EX_OSERR;
     ignoreScreenDensity();
     QApplication app(argc, argv);
     readCommandLine(argc, argv);

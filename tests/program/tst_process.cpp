@@ -81,12 +81,24 @@ private slots:
         QCOMPARE(hub.endWhenPlayerLeft().count(kAppSwitch), 1);
     }
 
-    void saysThatItCannotDraw()
+    void saysWhatIsMissing_data()
     {
-        Program program({"-platform", "minimal"});
+        columns<QString, QStringList, int, QByteArray>({"command", "arguments", "status", "line"});
+        row("OpenGL", QString(PROGRAM), QStringList({"-platform", "minimal"}), 69,
+            QByteArray("'minimal' cannot draw with OpenGL"));
+        row("descriptors", QString("prlimit"), QStringList({"--nofile=16", PROGRAM}), 71,
+            QByteArray("needs 32 file descriptors"));
+    }
+    void saysWhatIsMissing()
+    {
+        QFETCH(QString, command);
+        QFETCH(QStringList, arguments);
+        QFETCH(int, status);
+        QFETCH(QByteArray, line);
+        Child program(command, arguments);
         QVERIFY(program.ended());
-        QCOMPARE(program.end(0), 69);
-        QVERIFY(program.output().contains("'minimal' cannot draw with OpenGL"));
+        QCOMPARE(program.end(0), status);
+        QVERIFY(program.output().contains(line));
     }
 
     void tellsTheServiceManagerThatItIsAlive()
